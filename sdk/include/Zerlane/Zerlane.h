@@ -1,0 +1,23 @@
+#pragma once
+
+// The camera service library: include this to get all of it.
+#include "Zerlane/AudioNode.h"
+#include "Zerlane/ColorNode.h"
+#include "Zerlane/Configurations.h"
+#include "Zerlane/Context.h"
+#include "Zerlane/DepthNode.h"
+#include "Zerlane/Device.h"
+#include "Zerlane/Enums.h"
+#include "Zerlane/Event.h"
+#include "Zerlane/Exceptions.h"
+#include "Zerlane/Interface.h"
+#include "Zerlane/Node.h"
+#include "Zerlane/Property.h"
+#include "Zerlane/Type.h"
+#include "Zerlane/Types.h"
+#include "Zerlane/UnsupportedNode.h"
+#include "Zerlane/Utils/Clock.h"
+#include "Zerlane/Utils/EnvironmentVariable.h"
+#include "Zerlane/Utils/Format.h"
+#include "Zerlane/Utils/HMLogger.h"
+#include "Zerlane/Version.h"
