@@ -1,0 +1,89 @@
+#include "app/ViewerMain.h"
+
+#include "app/CommandLine.h"
+#include "app/ViewerApplication.h"
+#include "app/Wiring.h"
+#include "events/CameraManager.h"
+#include "events/ZerlaneThread.h"
+#include "mainwindow/RecordingThread.h"
+#include "mainwindow/ZerlaneViewer.h"
+#include "worker/PostponedCalls.h"
+#include "worker/WorkingThread.h"
+
+#include "Zerlane/Zerlane.h"
+
+#include <QMessageBox>
+
+QString ViewerMain::contextErrorText(const std::string& message)
+{
+    QString text = QString::fromStdString(message);
+    if (!text.isEmpty())
+        text[0] = text[0].toUpper();
+    return text;
+}
+
+void ViewerMain::showUsage()
+{
+    QMessageBox box(QMessageBox::Information, "Usage", CommandLine::usageText(), QMessageBox::Ok, nullptr,
+                    Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
+    box.exec();
+}
+
+void ViewerMain::showContextError(const QString& text)
+{
+    QMessageBox box(QMessageBox::Critical, "Error", text, QMessageBox::Ok, nullptr,
+                    Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
+    box.exec();
+}
+
+int ViewerMain::run(int argc, char** argv)
+{
+    auto* application = new ViewerApplication(argc, argv);
+    const int environmentPort = Zerlane::Utils::EnvironmentVariable("ZERLANE_SERVER_PORT_NUMBER").getIntValue(0);
+    if (CommandLine::parse(argc, argv, environmentPort)) {
+        showUsage();
+        delete application;
+        return 0;
+    }
+
+    ZerlaneThread* events = ZerlaneThread::instance();
+    try {
+        CameraManager::instance();
+    } catch (const Zerlane::Exception& e) {
+        showContextError(contextErrorText(e.getMessage()));
+        ZerlaneThread::destroyInstance(); // never started
+        delete application;
+        return 1;
+    }
+    WorkingThread* worker = WorkingThread::instance();
+    worker->moveToThread(worker);
+    RecordingThread* recorder = RecordingThread::instance();
+    recorder->moveToThread(recorder);
+    ZerlaneViewer* window = ZerlaneViewer::instance();
+    CameraManager::instance()->setMainWindow(window);
+    CameraManager::instance()->setWorkingThread(worker);
+
+    Wiring::registerMetaTypes();
+    Wiring::connectAll(application, events, worker, recorder, window);
+
+    // Started only now, so that no signal is emitted before its receiver is connected.
+    events->start(QThread::InheritPriority);
+    worker->start(QThread::InheritPriority);
+    recorder->start(QThread::InheritPriority);
+    window->show();
+    const int result = application->exec();
+
+    shutDown();
+    delete application;
+    return result;
+}
+
+void ViewerMain::shutDown()
+{
+    ZerlaneThread::destroyInstance();
+    ZerlaneViewer::destroyInstance();
+    RecordingThread::destroyInstance();
+    WorkingThread::destroyInstance();
+    CameraManager::destroyInstance();
+    PostponedCalls::destroyInstance();
+}

@@ -1,0 +1,35 @@
+# The running program: event thread, worker, main window, device tree, info panel, view area
+# (all in viewer_gui), the icons, and the ZerlaneViewer executable (app/main.cpp only).
+target_sources(viewer_core PRIVATE
+    camera/StandardDeviationHistory.cpp
+)
+
+target_sources(viewer_gui PRIVATE
+    app/CommandLine.cpp
+    app/ViewerApplication.cpp
+    app/ViewerMain.cpp
+    app/Wiring.cpp
+    events/AudioWaveform.cpp
+    events/CameraManager.cpp
+    events/ZerlaneThread.cpp
+    info/InfoWidget.cpp
+    mainwindow/RecordingThread.cpp
+    mainwindow/ZerlaneViewer.cpp
+    mainwindow/ZerlaneViewer.ui
+    tree/DeviceTreeModel.cpp
+    tree/DeviceTreeView.cpp
+    views/MdiArea.cpp
+    widgets/AboutDialog.cpp
+    widgets/AboutDialog.ui
+    worker/WorkingThread.cpp
+)
+target_link_libraries(viewer_gui PUBLIC Qt6::Widgets Qt6::OpenGL Qt6::OpenGLWidgets OpenGL::GL)
+
+# Icons and logos, drawn by tools/icongen. Added through the target so that the static library's
+# resources are linked into every program that uses it.
+file(GLOB viewer_images RELATIVE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/resources/images/*.png)
+qt_add_resources(viewer_gui "images" PREFIX "/" BASE resources FILES ${viewer_images})
+
+add_executable(ZerlaneViewer app/main.cpp)
+target_link_libraries(ZerlaneViewer PRIVATE viewer_gui)
+install(TARGETS ZerlaneViewer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -1,0 +1,84 @@
+#include "info/InfoWidget.h"
+
+#include "Zerlane/Zerlane.h"
+#include "camera/DeviceData.h"
+#include "camera/NodeData.h"
+#include "info/InfoWidgetSetWidgetEvent.h"
+#include "worker/PostponedCalls.h"
+
+#include <QApplication>
+#include <QLabel>
+
+namespace {
+
+QString deviceName(const Zerlane::Device& device)
+{
+    try {
+        return QString("%1 (%2)")
+            .arg(QString::fromStdString(Zerlane::Device::Model_toString(device.getModel())),
+                 QString::fromStdString(device.getSerialNumber()));
+    } catch (const Zerlane::Exception&) {
+        return QString("?");
+    }
+}
+
+QString nodeKindName(const Zerlane::Node& node)
+{
+    if (node.is<Zerlane::AudioNode>())
+        return "Audio Node";
+    if (node.is<Zerlane::ColorNode>())
+        return "Color Node";
+    if (node.is<Zerlane::DepthNode>())
+        return "Depth Node";
+    return "Unsupported Node";
+}
+
+} // namespace
+
+InfoWidget::InfoWidget(QWidget* parent)
+    : QScrollArea(parent)
+{
+    setWidgetResizable(true);
+    showMessage("No device or node selected");
+}
+
+void InfoWidget::showMessage(const QString& text)
+{
+    install(new QLabel(QString("\n     %1").arg(text)));
+}
+
+void InfoWidget::showNothing()
+{
+    showMessage("No device or node selected");
+}
+
+void InfoWidget::showDevice(DeviceData* device)
+{
+    showMessage(QString("Device %1 selected").arg(deviceName(device->device)));
+}
+
+void InfoWidget::showNode(NodeData* node)
+{
+    showMessage(QString("%1 of %2 selected").arg(nodeKindName(node->node), deviceName(node->device->device)));
+}
+
+void InfoWidget::askToApplyPendingChanges()
+{
+}
+
+void InfoWidget::install(QWidget* widget)
+{
+    m_content = widget;
+    if (QApplication::activeModalWidget()) {
+        PostponedCalls::instance()->setWidget(this, widget);
+        return;
+    }
+    setWidget(widget);
+}
+
+bool InfoWidget::event(QEvent* event)
+{
+    if (event->type() == InfoWidgetSetWidgetEvent::eventType())
+        install(static_cast<InfoWidgetSetWidgetEvent*>(event)->widget());
+    return QScrollArea::event(event);
+}

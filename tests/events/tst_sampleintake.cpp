@@ -1,0 +1,174 @@
+// Samples into buffers: slots, times, the reference time, colouring and the streaming rule, driven by
+// the stepped simulated camera through the real event thread.
+
+#include "EventsFixture.h"
+
+#include "camera/DepthNodeData.h"
+#include "palettes/DepthPalette.h"
+
+#include <QtTest>
+
+#include <set>
+
+class TestSampleIntake : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { ViewerTest::isolateSettings(); }
+
+    void init()
+    {
+        fixture.start();
+        frames.clear();
+        connect(fixture.thread, &ZerlaneThread::newFrame, this, [this](BufferData* b) { frames.push_back(b); },
+                Qt::QueuedConnection);
+    }
+
+    void cleanup()
+    {
+        disconnect(fixture.thread, nullptr, this, nullptr);
+        fixture.stop();
+    }
+
+    void depthSamplesFillEveryBufferAndFlipTogether()
+    {
+        NodeData* depth = fixture.depth;
+        EventsFixture::enable(depth, "enableDepthMap");
+        EventsFixture::enable(depth, "enableDepthMapFloatingPoint");
+        EventsFixture::enable(depth, "enableVerticesFloatingPoint");
+        fixture.manager->registerNode(depth, true);
+        fixture.manager->addDisplayedBuffer(fixture.buffer(depth, BufferData::Depth));
+        fixture.manager->startNodes();
+
+        Zerlane::Sim::Control::step(1);
+        QVERIFY(ViewerTest::waitFor([this] { return frames.size() >= 8; }));
+        QCOMPARE(frames.size(), size_t(8)); // one newFrame per buffer, filled or not
+
+        BufferData* map = fixture.buffer(depth, BufferData::Depth);
+        BufferData* phase = fixture.buffer(depth, BufferData::Phase);
+        BufferData* deviation = fixture.buffer(depth, BufferData::StandardDeviation);
+        for (BufferData* b : depth->buffers)
+            QCOMPARE(b->writeSlot, 1);
+        QCOMPARE(map->readSlot(), 0);
+        QVERIFY(!map->noData);
+        QCOMPARE(map->frameCount, 1);
+        QCOMPARE(map->width[1], 640u);
+        QCOMPARE(map->height[1], 480u);
+        QCOMPARE(map->image[1].width, 640u);
+        QVERIFY(!map->image[1].uploaded);
+        QVERIFY(phase->noData); // switched off: no data, but the slot still moved and was stamped
+        QCOMPARE(phase->frameCount, 0);
+        QCOMPARE(phase->timeOfCapture[1], map->timeOfCapture[1]);
+        QVERIFY(deviation->noData); // no region of interest
+
+        // The first sample sets the reference time to the earlier of its two times.
+        const quint64 capture = map->timeOfCapture[1], arrival = map->timeOfArrival[1];
+        QVERIFY(capture > 0 && arrival >= capture);
+        QCOMPARE(fixture.manager->referenceTime(), std::min(capture, arrival));
+        QVERIFY(map->timeOfEvent[1] >= arrival);
+
+        // The depth image is the palette colour of each depth value by the depth rule.
+        const auto* values = reinterpret_cast<const int16_t*>(map->data[1]);
+        const auto* pixels = reinterpret_cast<const quint32*>(map->image[1].pixels);
+        const DepthPalette& palette = fixture.manager->palette();
+        const float range = static_cast<DepthNodeData*>(depth)->range;
+        const int factor = int(8388.352 / range);
+        int checked = 0;
+        for (int i = 0; i < 640 * 480; i += 997) {
+            const int16_t v = values[i];
+            quint32 expected;
+            if (v == 32001 || v == 32002 || v == 32003)
+                expected = palette.colors()[32769 + (v - 32001)];
+            else if (v >= 32004)
+                expected = palette.colors()[32772];
+            else
+                expected = palette.colors()[((int(v) * factor) >> 8) & 0xFFFF];
+            QCOMPARE(pixels[i], expected);
+            ++checked;
+        }
+        QVERIFY(checked > 300);
+
+        // The second sample puts the writer back in slot 0; readers see slot 1. The reference stays.
+        frames.clear();
+        Zerlane::Sim::Control::step(1);
+        QVERIFY(ViewerTest::waitFor([this] { return frames.size() >= 8; }));
+        QCOMPARE(map->writeSlot, 0);
+        QCOMPARE(map->readSlot(), 1);
+        QCOMPARE(map->frameCount, 2);
+        QVERIFY(map->timeOfCapture[0] > map->timeOfCapture[1]);
+        QCOMPARE(fixture.manager->referenceTime(), std::min(capture, arrival));
+        QVERIFY(depth->dataReceived);
+    }
+
+    void samplesAreOnlyCountedWhileNotStreaming()
+    {
+        NodeData* depth = fixture.depth;
+        EventsFixture::enable(depth, "enableDepthMap");
+        fixture.manager->registerNode(depth, true);
+        fixture.manager->addDisplayedBuffer(fixture.buffer(depth, BufferData::Depth));
+        fixture.manager->startNodes();
+        fixture.manager->setStreamingState(CameraManager::Frozen);
+
+        depth->sampleCount = 0;
+        Zerlane::Sim::Control::step(3);
+        QVERIFY(ViewerTest::waitFor([depth] { return depth->sampleCount == 3; }));
+        QTest::qWait(100);
+        QVERIFY(frames.empty());
+        QCOMPARE(fixture.buffer(depth, BufferData::Depth)->frameCount, 0);
+        QVERIFY(!depth->dataReceived);
+    }
+
+    void unboundNodesDeliverNothing()
+    {
+        NodeData* depth = fixture.depth;
+        EventsFixture::enable(depth, "enableDepthMap");
+        fixture.manager->registerNode(depth, true);
+        BufferData* map = fixture.buffer(depth, BufferData::Depth);
+        fixture.manager->addDisplayedBuffer(map);
+        fixture.manager->removeDisplayedBuffer(map); // the last view closed
+        fixture.manager->startNodes();
+        Zerlane::Sim::Control::step(2);
+        QTest::qWait(200);
+        QVERIFY(frames.empty());
+        QCOMPARE(depth->sampleCount, 0);
+    }
+
+    void colourAndAudioSamples()
+    {
+        NodeData* color = fixture.color;
+        NodeData* audio = fixture.audio;
+        EventsFixture::enable(color, "enableColorMap");
+        fixture.manager->registerNode(color, true);
+        fixture.manager->registerNode(audio, true);
+        fixture.manager->addDisplayedBuffer(color->buffers[0]);
+        fixture.manager->addDisplayedBuffer(audio->buffers[0]);
+        fixture.manager->startNodes();
+
+        Zerlane::Sim::Control::step(1);
+        QVERIFY(ViewerTest::waitFor([this] { return frames.size() >= 2; }));
+        BufferData* image = color->buffers[0];
+        QCOMPARE(image->writeSlot, 1);
+        QVERIFY(!image->noData);
+        QCOMPARE(image->frameCount, 1);
+        QCOMPARE(image->image[1].width, image->width[1]);
+        // A colour picture of the scene is not one flat colour.
+        std::set<int> values;
+        for (uint32_t i = 0; i < image->width[1] * image->height[1] * 3; i += 331)
+            values.insert(image->image[1].pixels[i]);
+        QVERIFY(values.size() > 10);
+
+        BufferData* sound = audio->buffers[0];
+        QCOMPARE(sound->frameCount, 1);
+        QCOMPARE(sound->image[1].width, 1280u);
+        QCOMPARE(sound->image[1].height, 256u);
+        QVERIFY(sound->audioMarker[1] > 0); // 1/20 s of sound covers 64 of the 1280 columns
+        QCOMPARE(sound->audioMarker[1], 64u);
+    }
+
+private:
+    EventsFixture fixture;
+    std::vector<BufferData*> frames;
+};
+
+QTEST_MAIN(TestSampleIntake)
+#include "tst_sampleintake.moc"

@@ -1,0 +1,176 @@
+// The running program in this process: threads, connections, the simulated camera, the tree, the
+// register/control actions, streaming states, hot-plug and the loss of the camera service.
+
+#include "app/Wiring.h"
+#include "camera/BufferData.h"
+#include "camera/DeviceData.h"
+#include "camera/NodeData.h"
+#include "events/CameraManager.h"
+#include "events/ZerlaneThread.h"
+#include "info/InfoWidget.h"
+#include "mainwindow/RecordingThread.h"
+#include "mainwindow/ZerlaneViewer.h"
+#include "support/ViewerTestSupport.h"
+#include "tree/DeviceTreeModel.h"
+#include "tree/DeviceTreeView.h"
+#include "worker/PostponedCalls.h"
+#include "worker/WorkingThread.h"
+
+#include <QLabel>
+#include <QtTest>
+
+class TestMainWindow : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        ViewerTest::isolateSettings();
+        ViewerTest::useSteppedSimulator();
+        events = ZerlaneThread::instance();
+        CameraManager::instance();
+        WorkingThread* worker = WorkingThread::instance();
+        worker->moveToThread(worker);
+        RecordingThread* recorder = RecordingThread::instance();
+        recorder->moveToThread(recorder);
+        window = ZerlaneViewer::instance();
+        CameraManager::instance()->setMainWindow(window);
+        CameraManager::instance()->setWorkingThread(worker);
+        Wiring::registerMetaTypes();
+        Wiring::connectAll(qApp, events, worker, recorder, window);
+        events->start();
+        worker->start();
+        recorder->start();
+        window->show();
+        model = window->treeModel();
+        QVERIFY(ViewerTest::waitFor([this] { return model->rowCount() == 1 && model->rowCount(model->index(0, 0)) == 3; }));
+    }
+
+    void cleanupTestCase()
+    {
+        events->on_aboutToQuitApplication();
+        ZerlaneThread::destroyInstance();
+        ZerlaneViewer::destroyInstance();
+        RecordingThread::destroyInstance();
+        WorkingThread::destroyInstance();
+        CameraManager::destroyInstance();
+        PostponedCalls::destroyInstance();
+    }
+
+    void showsTheCameraWithItsNodesAndBuffers()
+    {
+        QCOMPARE(window->windowTitle(), QString("Zerlane Viewer"));
+        const QModelIndex device = model->index(0, 0);
+        QCOMPARE(model->rowCount(model->index(0, 0, device)), 8);
+        QCOMPARE(model->rowCount(model->index(1, 0, device)), 1);
+        QCOMPARE(model->rowCount(model->index(2, 0, device)), 1);
+        QVERIFY(!window->actionRegisterNode()->isVisible());
+        QVERIFY(!window->actionControlDevice()->isVisible());
+        QCOMPARE(window->streamingStatusText(), QString("Stopped"));
+    }
+
+    void selectingANodeOffersItsActions()
+    {
+        DeviceTreeView* view = window->findChild<DeviceTreeView*>("treeView");
+        const QModelIndex depth = model->index(0, 0, model->index(0, 0));
+        view->setCurrentIndex(depth);
+        QVERIFY(window->actionRegisterNode()->isVisible());
+        QVERIFY(window->actionControlNode()->isVisible());
+        QVERIFY(window->actionControlDevice()->isVisible());
+        QVERIFY(!window->actionRegisterNode()->isChecked());
+        auto* node = static_cast<NodeData*>(DeviceTreeModel::recordOf(depth));
+        QCOMPARE(events->currentNode(), node);
+        auto* info = window->findChild<InfoWidget*>("widgetInfo");
+        QVERIFY(qobject_cast<QLabel*>(info->content())->text().contains("Depth Node"));
+
+        // A buffer selects its node; a device selects no node.
+        view->setCurrentIndex(model->index(3, 0, depth));
+        QCOMPARE(events->currentNode(), node);
+        view->setCurrentIndex(model->index(0, 0));
+        QCOMPARE(events->currentNode(), static_cast<NodeData*>(nullptr));
+        QVERIFY(!window->actionRegisterNode()->isVisible());
+        QVERIFY(window->actionControlDevice()->isVisible());
+
+        view->clearSelection();
+        QVERIFY(!window->actionControlDevice()->isVisible());
+        QVERIFY(qobject_cast<QLabel*>(info->content())->text().contains("No device or node selected"));
+    }
+
+    void registerAndControlTheSelectedNode()
+    {
+        DeviceTreeView* view = window->findChild<DeviceTreeView*>("treeView");
+        const QModelIndex depth = model->index(0, 0, model->index(0, 0));
+        view->setCurrentIndex(depth);
+        auto* node = static_cast<NodeData*>(DeviceTreeModel::recordOf(depth));
+
+        window->actionRegisterNode()->trigger();
+        QVERIFY(node->registered);
+        QVERIFY(window->actionRegisterNode()->isChecked());
+        QCOMPARE(model->data(depth, Qt::FontRole).value<QFont>().weight(), QFont::Bold);
+        QVERIFY(model->data(depth, Qt::FontRole).value<QFont>().italic());
+
+        window->actionControlNode()->trigger();
+        QVERIFY(node->controlled);
+        QVERIFY(window->actionControlNode()->isChecked());
+        QVERIFY(!model->data(depth, Qt::FontRole).value<QFont>().italic());
+    }
+
+    void startPauseAndStopChangeTheStatus()
+    {
+        CameraManager* manager = CameraManager::instance();
+        auto findAction = [this](const char* name) { return window->findChild<QAction*>(name); };
+        findAction("actionStartNodes")->trigger();
+        QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Streaming"; }));
+        QCOMPARE(manager->streamingState(), int(CameraManager::Streaming));
+
+        findAction("actionPauseNodes")->trigger();
+        QCOMPARE(window->streamingStatusText(), QString("Frozen"));
+        QCOMPARE(manager->streamingState(), int(CameraManager::Frozen));
+
+        findAction("actionStartNodes")->trigger();
+        QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Streaming"; }));
+
+        findAction("actionStopNodes")->trigger();
+        QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Stopped"; }));
+        QCOMPARE(manager->streamingState(), int(CameraManager::Stopped));
+    }
+
+    void camerasArriveAndLeave()
+    {
+        Zerlane::Sim::Control::addCamera("ZS0900");
+        QVERIFY(ViewerTest::waitFor([this] { return model->rowCount() == 2 && model->rowCount(model->index(1, 0)) == 3; }));
+        QVERIFY(model->data(model->index(1, 0)).toString().contains("ZS0900"));
+
+        // The first camera leaves while streaming: its rows go, the other camera stays.
+        window->findChild<QAction*>("actionStartNodes")->trigger();
+        QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Streaming"; }));
+        Zerlane::Sim::Control::step(2);
+        const std::string first = CameraManager::instance()->devices().front()->device.getSerialNumber();
+        Zerlane::Sim::Control::removeCamera(first);
+        QVERIFY(ViewerTest::waitFor([this] { return model->rowCount() == 1; }));
+        QVERIFY(model->data(model->index(0, 0)).toString().contains("ZS0900"));
+        QCOMPARE(CameraManager::instance()->nodes().size(), size_t(3));
+        QCOMPARE(events->currentNode(), static_cast<NodeData*>(nullptr));
+    }
+
+    void losingTheServiceShowsOneErrorAndQuits()
+    {
+        ViewerTest::MessageBoxRecorder boxes;
+        QSignalSpy quitRequests(events, &ZerlaneThread::quitQApplication);
+        Zerlane::Sim::Control::failTransport("connection reset");
+        QVERIFY(ViewerTest::waitFor([&] { return quitRequests.size() == 1; }));
+        QCOMPARE(boxes.texts, QStringList{"Zerlane Server was shut down unexpectedly"});
+        QCOMPARE(boxes.titles, QStringList{"Error"});
+        QVERIFY(!events->isLoopRunning());
+        QTest::qWait(100);
+        QCOMPARE(quitRequests.size(), 1);
+    }
+
+private:
+    ZerlaneThread* events = nullptr;
+    ZerlaneViewer* window = nullptr;
+    DeviceTreeModel* model = nullptr;
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"

@@ -1,0 +1,163 @@
+// The device tree model over the camera manager's records.
+
+#include "../events/EventsFixture.h"
+
+#include "tree/DeviceTreeModel.h"
+
+#include <QAbstractItemModelTester>
+#include <QDataStream>
+#include <QMimeData>
+#include <QtTest>
+
+class TestDeviceTree : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { ViewerTest::isolateSettings(); }
+
+    void init()
+    {
+        ViewerTest::useSteppedSimulator();
+        model = new DeviceTreeModel(CameraManager::instance());
+        tester = new QAbstractItemModelTester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        CameraManager::instance()->setTreeModel(model);
+    }
+
+    void cleanup()
+    {
+        CameraManager::instance()->setTreeModel(nullptr);
+        delete tester;
+        delete model;
+        fixture.stop();
+    }
+
+    void emptyStore()
+    {
+        QCOMPARE(model->rowCount(), 0);
+        QCOMPARE(model->columnCount(), 1);
+        QCOMPARE(model->headerData(0, Qt::Horizontal).toString(), QString("Devices"));
+        QVERIFY(!model->headerData(0, Qt::Vertical).isValid());
+        QVERIFY(!model->index(0, 0).isValid());
+    }
+
+    void showsDevicesNodesAndBuffers()
+    {
+        fixture.buildRecords();
+        QCOMPARE(model->rowCount(), 1);
+        const QModelIndex device = model->index(0, 0);
+        QCOMPARE(model->data(device).toString(),
+                 QString("%1 (%2)").arg(QString::fromStdString(Zerlane::Device::Model_toString(fixture.device.getModel())),
+                                        QString::fromStdString(fixture.device.getSerialNumber())));
+        QCOMPARE(model->rowCount(device), 3);
+        QStringList nodeTexts;
+        for (int row = 0; row < 3; ++row)
+            nodeTexts << model->data(model->index(row, 0, device)).toString();
+        QCOMPARE(nodeTexts, (QStringList{"Depth Node", "Color Node", "Audio Node"}));
+
+        const QModelIndex depth = model->index(0, 0, device);
+        QCOMPARE(model->rowCount(depth), 8);
+        QCOMPARE(model->data(model->index(7, 0, depth)).toString(), QString("Standard Deviation"));
+        QCOMPARE(model->parent(model->index(3, 0, depth)), depth);
+        QCOMPARE(model->parent(depth), device);
+        QCOMPARE(model->rowCount(model->index(0, 0, depth)), 0);
+        QCOMPARE(model->columnCount(model->index(0, 0, depth)), 1);
+        QCOMPARE(model->rowCount(model->index(0, 0, depth).siblingAtColumn(0)), 0);
+
+        // Only buffers can be dragged.
+        QVERIFY(!(model->flags(device) & Qt::ItemIsDragEnabled));
+        QVERIFY(!(model->flags(depth) & Qt::ItemIsDragEnabled));
+        QVERIFY(model->flags(model->index(2, 0, depth)) & Qt::ItemIsDragEnabled);
+        QCOMPARE(model->flags(QModelIndex()), Qt::NoItemFlags);
+    }
+
+    void nodeFontsFollowRegistrationAndControl()
+    {
+        fixture.buildRecords();
+        NodeData* node = fixture.depth;
+        const QModelIndex index = model->indexOf(node);
+        auto font = [&] { return model->data(index, Qt::FontRole).value<QFont>(); };
+        QCOMPARE(font().weight(), QFont::Normal);
+        QVERIFY(!font().italic());
+        node->controlled = true;
+        QCOMPARE(font().weight(), QFont::Normal); // controlled but not registered
+        QVERIFY(!font().italic());
+        node->registered = true;
+        QCOMPARE(font().weight(), QFont::Bold);
+        QVERIFY(!font().italic());
+        node->controlled = false;
+        QCOMPARE(font().weight(), QFont::Bold);
+        QVERIFY(font().italic()); // registered, not controlled
+
+        BufferData* buffer = node->buffers[0];
+        QCOMPARE(model->data(model->indexOf(buffer), Qt::FontRole).value<QFont>().weight(), QFont::Normal);
+        QVERIFY(!model->data(model->indexOf(buffer), Qt::DecorationRole).isValid());
+    }
+
+    void deviceTextFallsBackWhenTheCameraFails()
+    {
+        fixture.buildRecords();
+        Zerlane::plugin::FaultInjector::inject("Device::getSerialNumber", Zerlane::plugin::FaultInjector::Kind::Exception,
+                                               "unreadable");
+        QCOMPARE(model->data(model->index(0, 0)).toString(), QString("?"));
+        Zerlane::plugin::FaultInjector::clear();
+    }
+
+    void dragCarriesTheFirstBufferOnly()
+    {
+        fixture.buildRecords();
+        const QModelIndex depth = model->indexOf(fixture.depth);
+        const QModelIndexList dragged = {model->index(2, 0, depth), model->index(3, 0, depth)};
+        std::unique_ptr<QMimeData> mime(model->mimeData(dragged));
+        QVERIFY(mime);
+        QCOMPARE(mime->formats(), QStringList{"application/x-qabstractitemmodeldatalist"});
+        QByteArray bytes = mime->data("application/x-qabstractitemmodeldatalist");
+        QDataStream stream(&bytes, QIODevice::ReadOnly);
+        qint64 address = 0;
+        stream >> address;
+        QVERIFY(stream.atEnd());
+        QCOMPARE(reinterpret_cast<BufferData*>(address), fixture.depth->buffers[2]);
+        QVERIFY(!model->mimeData({}));
+    }
+
+    void rowsComeAndGoWithTheCameras()
+    {
+        fixture.buildRecords();
+        DeviceData* device = fixture.deviceRecord;
+        QVERIFY(!model->insertItem(0, device, model->indexOf(device))); // a device under a device
+        QVERIFY(!model->removeItem(0, model->indexOf(fixture.depth))); // a node is no parent to remove from
+
+        // A second camera, then the first leaves: the second moves up and its index follows.
+        const std::string serial = Zerlane::Sim::Control::addCamera("ZS0777");
+        Zerlane::Device second;
+        for (const Zerlane::Device& d : fixture.manager->context().getDevices()) {
+            if (d.getSerialNumber() == serial)
+                second = d;
+        }
+        QVERIFY(second.isSet());
+        DeviceData* secondRecord = fixture.manager->addDevice(second);
+        for (const Zerlane::Node& node : second.getNodes())
+            fixture.manager->addNode(second, node);
+        QCOMPARE(model->rowCount(), 2);
+
+        fixture.manager->removeDevice(device);
+        fixture.deviceRecord = nullptr;
+        fixture.depth = fixture.color = fixture.audio = nullptr;
+        QCOMPARE(model->rowCount(), 1);
+        QCOMPARE(model->index(0, 0).internalPointer(), static_cast<void*>(secondRecord));
+        QCOMPARE(model->parent(model->index(0, 0, model->index(0, 0))).row(), 0);
+
+        // A node leaves its device.
+        fixture.manager->removeNode(secondRecord->nodes[1]);
+        QCOMPARE(model->rowCount(model->index(0, 0)), 2);
+        QCOMPARE(model->data(model->index(1, 0, model->index(0, 0))).toString(), QString("Audio Node"));
+        QCOMPARE(model->parent(model->index(0, 0, model->index(1, 0, model->index(0, 0)))).row(), 1);
+    }
+
+private:
+    EventsFixture fixture;
+    DeviceTreeModel* model = nullptr;
+    QAbstractItemModelTester* tester = nullptr;
+};
+
+QTEST_MAIN(TestDeviceTree)
+#include "tst_devicetree.moc"
