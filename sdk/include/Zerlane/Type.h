@@ -23,6 +23,8 @@ public:
     std::string name() const;
     // The visible properties, in the order the device declares them (hidden ones left out).
     std::vector<PropertyBase> getProperties() const;
+    // Every property in declaration order, hidden ones included (for diagnostic tools).
+    std::vector<PropertyBase> getAllProperties() const;
     // Any property by name, hidden ones included; a handle that is not set when there is none.
     PropertyBase getProperty(const std::string& name) const;
 

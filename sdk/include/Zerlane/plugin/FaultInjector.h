@@ -11,6 +11,12 @@ namespace Zerlane::plugin {
 // "Context::registerNode", "Context::requestControl", "Context::startNodes", "Context::stopNodes",
 // "Device::getSerialNumber", "Device::getModel", "Node::getSerialNumber", "DepthNode::setConfiguration",
 // "DepthNode::getConfigurations", "DepthNode::getRange", "PropertyBase::setValue", "PropertyBase::getValue".
+// Also checked: "Context::createStandalone", "Context::create", "Context::run", "Context::getDevices",
+// "Context::unregisterNode", "Context::releaseControl", "Device::getNodes", "Device::getUsbBackendVersion",
+// "Device::getTofControllerVersion", "Device::getOverheating", "Device::getOverheated", "Node::getVID",
+// "Node::getPID", "Node::getRevision", "Node::getMediaInterface", "<Kind>Node::getConfigurations",
+// "<Kind>Node::getConfiguration", "<Kind>Node::setConfiguration" (Kind = Depth, Color, Audio),
+// "DepthNode::getDepthMap3Planes", "DepthNode::getDepthMapFloatingPoint3Planes", "UnsupportedNode::getReason".
 class ZERLANE_API FaultInjector {
 public:
     enum class Kind { Exception, Argument, InvalidOperation, Timeout, Transport };

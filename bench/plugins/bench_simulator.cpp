@@ -1,0 +1,210 @@
+// Cost of one sample of the simulated ToF camera, made synchronously (stepped mode, one thread), against
+// a baseline measured in the same run: memcpy of as many bytes as the sample carries.
+#include "Zerlane/plugin/Driver.h"
+#include "Zerlane/plugin/SampleSink.h"
+#include "Zerlane/sim/SimulatorControl.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+extern "C" void zerlaneCreateDrivers(std::vector<std::unique_ptr<Zerlane::plugin::Driver>>& drivers);
+
+using namespace Zerlane;
+
+namespace {
+
+constexpr int VgaPixels = 640 * 480;
+// Phase, confidence, depth (2 bytes each), depth in metres (4), vertices (6), vertices in metres (12), UV (8).
+constexpr std::size_t DepthBytesPerPixel = 2 + 2 + 2 + 4 + 6 + 12 + 8;
+
+class NullListener : public plugin::DriverListener {
+public:
+    std::shared_ptr<plugin::DeviceDriver> device;
+    void deviceAdded(const std::shared_ptr<plugin::DeviceDriver>& d) override
+    {
+        if (!device)
+            device = d;
+    }
+    void deviceRemoved(const std::shared_ptr<plugin::DeviceDriver>&) override {}
+    void nodeAdded(plugin::DeviceDriver*, const std::shared_ptr<plugin::NodeDriver>&) override {}
+    void nodeRemoved(plugin::DeviceDriver*, const std::shared_ptr<plugin::NodeDriver>&) override {}
+    void propertyChanged(plugin::DeviceDriver*, plugin::NodeDriver*, const std::string&) override {}
+    void transportFailed(const std::string&) override {}
+};
+
+// Touches each sample so it cannot be optimised away, then lets it go back to the node's pool.
+class CountingSink : public plugin::SampleSink {
+public:
+    int64_t samples = 0;
+    void depthSample(plugin::NodeDriver*, DepthNode::NewSampleReceivedData&& s) override
+    {
+        benchmark::DoNotOptimize(s.depthMap.data());
+        ++samples;
+    }
+    void colorSample(plugin::NodeDriver*, ColorNode::NewSampleReceivedData&& s) override
+    {
+        benchmark::DoNotOptimize(s.colorMap.data());
+        ++samples;
+    }
+    void audioSample(plugin::NodeDriver*, AudioNode::NewSampleReceivedData&& s) override
+    {
+        benchmark::DoNotOptimize(s.audioData.data());
+        ++samples;
+    }
+};
+
+// One camera, one node streaming into a counting sink, samples made by Sim::Control::step.
+class SteppedNode {
+public:
+    explicit SteppedNode(NodeKind kind)
+    {
+        Sim::Control::reset();
+        Sim::Control::setStepped(true);
+        std::vector<std::unique_ptr<plugin::Driver>> drivers;
+        zerlaneCreateDrivers(drivers);
+        m_driver = std::move(drivers.at(0));
+        m_driver->open(&m_listener);
+        for (const auto& node : m_listener.device->nodes())
+            if (node->kind() == kind)
+                m_node = node;
+    }
+    ~SteppedNode()
+    {
+        m_node->stop();
+        m_driver->close();
+    }
+    plugin::NodeDriver& node() { return *m_node; }
+    void start() { m_node->start(&m_sink); }
+
+private:
+    NullListener m_listener;
+    CountingSink m_sink;
+    std::unique_ptr<plugin::Driver> m_driver;
+    std::shared_ptr<plugin::NodeDriver> m_node;
+};
+
+void memcpyBaseline(benchmark::State& state, std::size_t bytes)
+{
+    std::vector<uint8_t> from(bytes, 7), to(bytes);
+    for (auto _ : state) {
+        std::memcpy(to.data(), from.data(), bytes);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(bytes));
+}
+
+void BM_MemcpyDepthVgaAllMaps(benchmark::State& state)
+{
+    memcpyBaseline(state, VgaPixels * DepthBytesPerPixel);
+}
+
+void BM_DepthVgaAllMaps(benchmark::State& state)
+{
+    SteppedNode depth(NodeKind::Depth);
+    for (const char* name : {"enablePhaseMap", "enableConfidenceMap", "enableDepthMap", "enableDepthMapFloatingPoint",
+                             "enableVertices", "enableVerticesFloatingPoint", "enableUvMap"})
+        depth.node().setProperty(name, true);
+    depth.start();
+    Sim::Control::step(1); // builds the per-resolution caches
+    for (auto _ : state)
+        Sim::Control::step(1);
+    state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(VgaPixels * DepthBytesPerPixel));
+}
+
+void colorHd720(benchmark::State& state, CompressionType compression)
+{
+    SteppedNode color(NodeKind::Color);
+    auto configuration = std::get<ColorNodeConfiguration>(color.node().configuration());
+    configuration.frameFormat = FRAME_FORMAT_HD720;
+    configuration.compression = compression;
+    color.node().setConfiguration(configuration);
+    color.node().setProperty("enableColorMap", true);
+    color.start();
+    Sim::Control::step(1);
+    for (auto _ : state)
+        Sim::Control::step(1);
+    state.SetBytesProcessed(int64_t(state.iterations()) * 1280 * 720 * (compression == COMPRESSION_TYPE_NONE ? 3 : 2));
+}
+
+void BM_MemcpyColorHd720Yuy2(benchmark::State& state)
+{
+    memcpyBaseline(state, 1280 * 720 * 2);
+}
+void BM_ColorHd720Yuy2(benchmark::State& state)
+{
+    colorHd720(state, COMPRESSION_TYPE_YUY2);
+}
+void BM_MemcpyColorHd720Bgr(benchmark::State& state)
+{
+    memcpyBaseline(state, 1280 * 720 * 3);
+}
+void BM_ColorHd720Bgr(benchmark::State& state)
+{
+    colorHd720(state, COMPRESSION_TYPE_NONE);
+}
+
+BENCHMARK(BM_MemcpyDepthVgaAllMaps)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DepthVgaAllMaps)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MemcpyColorHd720Yuy2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ColorHd720Yuy2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MemcpyColorHd720Bgr)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ColorHd720Bgr)->Unit(benchmark::kMillisecond);
+
+// Prints each benchmark as usual and remembers its times per iteration (the mean over repetitions).
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    struct Times {
+        double realMs = 0.0;
+        double cpuMs = 0.0;
+    };
+    std::map<std::string, Times> times;
+
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            const bool mean = run.run_type == Run::RT_Aggregate && run.aggregate_name == "mean";
+            if (run.run_type != Run::RT_Iteration && !mean)
+                continue;
+            const double toMs = benchmark::GetTimeUnitMultiplier(benchmark::kMillisecond) /
+                                benchmark::GetTimeUnitMultiplier(run.time_unit);
+            times[run.run_name.str()] = {run.GetAdjustedRealTime() * toMs, run.GetAdjustedCPUTime() * toMs};
+        }
+    }
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+
+    const auto& ms = reporter.times;
+    std::printf("\nRatios against memcpy of the same bytes, real time and CPU time (budget for a VGA depth sample\n"
+                "with every map: 5 ms; CPU time is the fairer figure on a machine shared with other work)\n");
+    const std::pair<const char*, const char*> pairs[] = {
+        {"BM_DepthVgaAllMaps", "BM_MemcpyDepthVgaAllMaps"},
+        {"BM_ColorHd720Yuy2", "BM_MemcpyColorHd720Yuy2"},
+        {"BM_ColorHd720Bgr", "BM_MemcpyColorHd720Bgr"},
+    };
+    for (const auto& [measured, baseline] : pairs) {
+        if (!ms.count(measured) || !ms.count(baseline))
+            continue;
+        const auto& m = ms.at(measured);
+        const auto& b = ms.at(baseline);
+        std::printf("  %-20s real %7.3f ms = %5.1f x memcpy (%.3f ms) | cpu %7.3f ms = %5.1f x memcpy (%.3f ms)\n",
+                    measured, m.realMs, m.realMs / b.realMs, b.realMs, m.cpuMs, m.cpuMs / b.cpuMs, b.cpuMs);
+    }
+    return 0;
+}

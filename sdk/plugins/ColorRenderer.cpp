@@ -1,0 +1,195 @@
+#include "ColorRenderer.h"
+
+#include "Scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace Zerlane::sim {
+
+namespace {
+
+constexpr Vec3 LampPosition{0.3f, -1.65f, 2.8f};
+constexpr float Ambient = 0.28f;
+constexpr float LampStrength = 3.4f;
+constexpr float ToneScale = 2048.f; // tone table entries per unit of linear light
+
+uint8_t clampByte(int value)
+{
+    return uint8_t(std::clamp(value, 0, 255));
+}
+
+} // namespace
+
+std::size_t ColorRenderer::frameBytes(const ColorNodeConfiguration& configuration)
+{
+    int w = 0, h = 0;
+    FrameFormat_toResolution(configuration.frameFormat, &w, &h);
+    const std::size_t bytesPerPixel = configuration.compression == COMPRESSION_TYPE_NONE ? 3 : 2;
+    return std::size_t(std::max(w, 0)) * std::size_t(std::max(h, 0)) * bytesPerPixel;
+}
+
+void ColorRenderer::toYuy2(const uint8_t* bgr0, const uint8_t* bgr1, uint8_t* yuyv)
+{
+    auto luma = [](const uint8_t* p) { return ((66 * p[2] + 129 * p[1] + 25 * p[0] + 128) >> 8) + 16; };
+    const int b = (bgr0[0] + bgr1[0] + 1) >> 1;
+    const int g = (bgr0[1] + bgr1[1] + 1) >> 1;
+    const int r = (bgr0[2] + bgr1[2] + 1) >> 1;
+    yuyv[0] = clampByte(luma(bgr0));
+    yuyv[1] = clampByte(((-38 * r - 74 * g + 112 * b + 128) >> 8) + 128);
+    yuyv[2] = clampByte(luma(bgr1));
+    yuyv[3] = clampByte(((112 * r - 94 * g - 18 * b + 128) >> 8) + 128);
+}
+
+void ColorRenderer::buildToneTable()
+{
+    // Gain and contrast scale the light, brightness lifts it, then a display gamma of 2.2.
+    const float scale = m_picture.gain * float(m_picture.contrast) / 100.f;
+    const float lift = float(m_picture.brightness) / 200.f;
+    for (std::size_t i = 0; i < m_tone.size(); ++i) {
+        const float light = float(i) / ToneScale;
+        const float value = std::clamp(light * scale, 0.f, 1.f);
+        const float display = std::pow(value, 1.f / 2.2f) + lift;
+        m_tone[i] = uint8_t(std::clamp(int(display * 255.f + 0.5f), 0, 255));
+    }
+    // Without automatic white balance the warm lamp shows.
+    m_whiteBalance = m_picture.whiteBalanceAuto ? Vec3{1.f, 1.f, 1.f} : Vec3{1.12f, 1.0f, 0.82f};
+}
+
+void ColorRenderer::shade(const SceneHit& hit, const Vec3& ray, uint8_t* bgr) const
+{
+    const Vec3 point = m_camera.origin + ray * hit.t;
+    Vec3 normal = hit.normal;
+    if (normal.dot(ray) > 0.f)
+        normal = normal * -1.f;
+    const Vec3 toLamp = LampPosition - point;
+    const float lampDistance2 = toLamp.dot(toLamp);
+    const float lambert = std::max(0.f, normal.dot(toLamp) / std::sqrt(lampDistance2));
+    const float light = Ambient + LampStrength * lambert / (lampDistance2 + 1.f);
+    const Vec3 color = hit.albedo * m_whiteBalance * light;
+    auto tone = [this](float v) { return m_tone[std::size_t(std::clamp(int(v * ToneScale), 0, 4095))]; };
+    bgr[0] = tone(color.z);
+    bgr[1] = tone(color.y);
+    bgr[2] = tone(color.x);
+}
+
+void ColorRenderer::prepare(int width, int height, const Picture& picture)
+{
+    if (width == m_camera.width && height == m_camera.height && m_pictureValid && picture == m_picture)
+        return;
+    const bool sizeChanged = width != m_camera.width || height != m_camera.height;
+    m_picture = picture;
+    m_pictureValid = true;
+    buildToneTable();
+    m_camera = PinholeCamera::color(width, height);
+    const std::size_t n = std::size_t(width) * std::size_t(height);
+    if (sizeChanged) {
+        m_columnRay.resize(std::size_t(width));
+        m_rowRay.resize(std::size_t(height));
+        for (int x = 0; x < width; ++x)
+            m_columnRay[std::size_t(x)] = m_camera.rayX(x);
+        for (int y = 0; y < height; ++y)
+            m_rowRay[std::size_t(y)] = m_camera.rayY(y);
+        m_staticT.resize(n);
+    }
+    m_staticBgr.resize(n * 3);
+    m_staticYuy2.resize(n * 2);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const std::size_t i = std::size_t(y) * std::size_t(width) + std::size_t(x);
+            const Vec3 ray{m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f};
+            SceneHit hit;
+            uint8_t* bgr = &m_staticBgr[i * 3];
+            if (Scene::traceStatic(m_camera.origin, ray, hit)) {
+                m_staticT[i] = hit.t;
+                shade(hit, ray, bgr);
+            } else {
+                m_staticT[i] = 1e9f;
+                bgr[0] = bgr[1] = bgr[2] = 0;
+            }
+        }
+    }
+    for (std::size_t i = 0; i + 1 < n; i += 2)
+        toYuy2(&m_staticBgr[i * 3], &m_staticBgr[i * 3 + 3], &m_staticYuy2[i * 2]);
+}
+
+std::vector<uint8_t> ColorRenderer::objectsNear(const ScreenRect& rect, const std::vector<ScreenRect>& all)
+{
+    // One pixel of slack: YUY2 pairs may reach one column beyond a rectangle.
+    std::vector<uint8_t> objects;
+    for (const ScreenRect& other : all)
+        if (other.x0 <= rect.x1 && rect.x0 - 1 < other.x1 && other.y0 < rect.y1 && rect.y0 < other.y1)
+            objects.push_back(other.object);
+    return objects;
+}
+
+void ColorRenderer::pixelColor(const Scene& scene, const std::vector<uint8_t>& objects, int x, int y,
+                               uint8_t* bgr) const
+{
+    const std::size_t i = std::size_t(y) * std::size_t(m_camera.width) + std::size_t(x);
+    const Vec3 ray{m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f};
+    SceneHit hit;
+    float tMax = m_staticT[i];
+    bool found = false;
+    for (uint8_t object : objects) {
+        if (scene.traceObject(object, m_camera.origin, ray, tMax, hit)) {
+            tMax = hit.t;
+            found = true;
+        }
+    }
+    if (found)
+        shade(hit, ray, bgr);
+    else
+        std::memcpy(bgr, &m_staticBgr[i * 3], 3);
+}
+
+void ColorRenderer::renderBgr(const Scene& scene, uint8_t* out) const
+{
+    std::memcpy(out, m_staticBgr.data(), m_staticBgr.size());
+    const std::vector<ScreenRect> rects = scene.movingRects(m_camera);
+    for (const ScreenRect& rect : rects) {
+        const std::vector<uint8_t> objects = objectsNear(rect, rects);
+        for (int y = rect.y0; y < rect.y1; ++y)
+            for (int x = rect.x0; x < rect.x1; ++x)
+                pixelColor(scene, objects, x, y, out + (std::size_t(y) * std::size_t(m_camera.width) + std::size_t(x)) * 3);
+    }
+}
+
+void ColorRenderer::renderYuy2(const Scene& scene, uint8_t* out) const
+{
+    std::memcpy(out, m_staticYuy2.data(), m_staticYuy2.size());
+    const std::size_t w = std::size_t(m_camera.width);
+    const std::vector<ScreenRect> rects = scene.movingRects(m_camera);
+    for (const ScreenRect& rect : rects) {
+        const std::vector<uint8_t> objects = objectsNear(rect, rects);
+        // YUY2 shares chroma between pixel pairs: work on whole pairs.
+        const int x0 = rect.x0 & ~1;
+        const int x1 = std::min((rect.x1 + 1) & ~1, m_camera.width);
+        for (int y = rect.y0; y < rect.y1; ++y) {
+            for (int x = x0; x < x1 && x + 1 < m_camera.width; x += 2) {
+                uint8_t pair[6];
+                pixelColor(scene, objects, x, y, pair);
+                pixelColor(scene, objects, x + 1, y, pair + 3);
+                toYuy2(pair, pair + 3, out + (std::size_t(y) * w + std::size_t(x)) * 2);
+            }
+        }
+    }
+}
+
+void ColorRenderer::render(const ColorNodeConfiguration& configuration, const Picture& picture,
+                           double timeSeconds, uint8_t* out)
+{
+    int w = 0, h = 0;
+    FrameFormat_toResolution(configuration.frameFormat, &w, &h);
+    if (w <= 0 || h <= 0)
+        return;
+    prepare(w, h, picture);
+    const Scene scene(timeSeconds);
+    if (configuration.compression == COMPRESSION_TYPE_NONE)
+        renderBgr(scene, out);
+    else
+        renderYuy2(scene, out);
+}
+
+} // namespace Zerlane::sim

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "PinholeCamera.h"
+#include "ScreenRect.h"
+#include "Vec3.h"
+
+#include "Zerlane/Configurations.h"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace Zerlane::sim {
+
+class Scene;
+struct SceneHit;
+
+// Renders the colour camera's view of the scene (Lambert shading under a ceiling lamp) as B, G, R bytes or
+// YUY2 (ITU-R BT.601, limited range). The room's image is cached per resolution and picture settings in
+// both encodings; each frame copies it and re-renders only the moving objects' rectangles.
+// Not thread-safe: one renderer per node.
+class ColorRenderer {
+public:
+    struct Picture {
+        int32_t brightness = 0;   // -100..100
+        int32_t contrast = 100;   // percent
+        float gain = 1.f;
+        bool whiteBalanceAuto = true;
+
+        bool operator==(const Picture&) const = default;
+    };
+
+    // Bytes of one frame of that configuration (0 for an unknown frame format).
+    static std::size_t frameBytes(const ColorNodeConfiguration& configuration);
+
+    // Writes frameBytes(configuration) bytes of the scene at timeSeconds into out.
+    void render(const ColorNodeConfiguration& configuration, const Picture& picture, double timeSeconds,
+                uint8_t* out);
+
+    // YUY2 of two neighbouring B, G, R pixels.
+    static void toYuy2(const uint8_t* bgr0, const uint8_t* bgr1, uint8_t* yuyv);
+
+private:
+    void prepare(int width, int height, const Picture& picture);
+    void buildToneTable();
+    void shade(const SceneHit& hit, const Vec3& ray, uint8_t* bgr) const;
+    void renderBgr(const Scene& scene, uint8_t* out) const;
+    void renderYuy2(const Scene& scene, uint8_t* out) const;
+    // The colour of a pixel of `rect`: the nearest of `objects` in front of the room there, else the room.
+    void pixelColor(const Scene& scene, const std::vector<uint8_t>& objects, int x, int y, uint8_t* bgr) const;
+    // Objects that can be seen inside a rectangle: its own and those of the rectangles it touches.
+    static std::vector<uint8_t> objectsNear(const ScreenRect& rect, const std::vector<ScreenRect>& all);
+
+    PinholeCamera m_camera;
+    Picture m_picture;
+    bool m_pictureValid = false;
+    Vec3 m_whiteBalance{1.f, 1.f, 1.f};
+    std::array<uint8_t, 4096> m_tone{}; // linear light 0..2 -> display byte
+    std::vector<float> m_columnRay, m_rowRay;
+    std::vector<float> m_staticT;       // ray parameter of the room per pixel
+    std::vector<uint8_t> m_staticBgr;
+    std::vector<uint8_t> m_staticYuy2;
+};
+
+} // namespace Zerlane::sim

@@ -1,0 +1,14 @@
+// The entry point libZerlane.so.1 looks up (ZERLANE_PLUGIN_ENTRY) after loading this library.
+#include "SimDriver.h"
+
+#include "Zerlane/plugin/Driver.h"
+
+#include <memory>
+#include <vector>
+
+extern "C" __attribute__((visibility("default"))) void
+zerlaneCreateDrivers(std::vector<std::unique_ptr<Zerlane::plugin::Driver>>& drivers)
+{
+    // One driver per loading context; all of them mirror the same process-wide simulated cameras.
+    drivers.push_back(std::make_unique<Zerlane::sim::SimDriver>());
+}

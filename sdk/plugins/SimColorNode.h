@@ -1,0 +1,39 @@
+#pragma once
+
+#include "BlockPool.h"
+#include "ColorRenderer.h"
+#include "SimNode.h"
+
+#include <vector>
+
+namespace Zerlane::sim {
+
+// The simulated colour stream: the scene seen from 2.5 cm to the right of the depth camera.
+class SimColorNode : public SimNode {
+public:
+    static constexpr const char* TypeName = "ZT-Sim Color Node";
+
+    SimColorNode(std::shared_ptr<SimCameraState> camera, std::weak_ptr<SimDevice> device,
+                 std::shared_ptr<ListenerLink> link);
+    ~SimColorNode() override;
+
+    static std::shared_ptr<const plugin::TypeSpec> typeSpec();
+    static std::vector<ColorNodeConfiguration> offeredConfigurations();
+    static ColorNodeConfiguration defaultConfiguration();
+
+    std::vector<PropertyValue> configurations() const override;
+    FrameFormat frameFormat() const;
+
+protected:
+    void produceSample(plugin::SampleSink& sink, uint64_t captureTime) override;
+    std::chrono::microseconds samplePeriod() const override;
+    void checkOffered(const PropertyValue& configuration) const override;
+
+private:
+    static std::vector<PropertyDeclaration> declarations();
+
+    ColorRenderer m_renderer; // used under the production lock only
+    BlockPool m_pool;
+};
+
+} // namespace Zerlane::sim
