@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+#include <cstdint>
+
+class BufferData;
+
+// Display texts shared by the views, panels and export.
+
+// Reason texts of special pixel values. The 16-bit variants look at the low 16 bits of `value`.
+QString specialValueTextPhase(quint32 value); // codes 32769..32772
+QString specialValueTextDepth(quint32 value); // codes 32001..32004
+QString specialValueTextFloat(float value);   // codes -1..-4
+
+// Name of the node property that switches a buffer kind's map on; empty for kinds without one.
+QString mapEnableName(uint32_t bufferType);
+QString mapEnableName(const BufferData* buffer);
+
+QString powerLineFrequencyText(int value);
+
+// "seconds.microseconds" of a time in microseconds. The six digits after the point come from the low
+// 32 bits of the time read as a signed number (absolute value modulo 1,000,000), so above 2^31 us they
+// no longer match the seconds; displayed times are kept that way on purpose.
+QString timeText(quint64 microseconds);
+// Signed variant for relative times: seconds truncated toward zero, same rule for the digits.
+QString timeText(qint64 microseconds);

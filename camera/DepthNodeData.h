@@ -1,0 +1,33 @@
+#pragma once
+
+#include "camera/NodeData.h"
+
+#include <Zerlane/DepthNode.h>
+
+#include <vector>
+
+// A depth node, with the ring of recent floating-point depth frames used by the standard-deviation
+// statistics. The ring and the two result blocks are sized for a 640 x 480 frame whatever the node's
+// resolution, and allocated once, at construction.
+class DepthNodeData : public NodeData {
+public:
+    static constexpr int HistoryLength = 100;
+    static constexpr int FrameFloats = 640 * 480;
+    static constexpr int FrameBytes = FrameFloats * int(sizeof(float)); // 1,228,800
+
+    // `configurations` and `currentConfiguration` belong to the camera manager.
+    DepthNodeData(const Zerlane::Node& node, DeviceData* device, const std::vector<Zerlane::PropertyBase>& properties,
+                  const std::vector<Zerlane::DepthNode::Configuration>* configurations,
+                  Zerlane::DepthNode::Configuration* currentConfiguration, float range);
+    ~DepthNodeData() override;
+
+    const std::vector<Zerlane::DepthNode::Configuration>* configurations;
+    Zerlane::DepthNode::Configuration* currentConfiguration;
+    Zerlane::DepthNode::Acceleration acceleration;
+    float range;
+    std::vector<float*> history; // HistoryLength blocks of FrameBytes, not zero-filled
+    float* mean;
+    float* deviation;
+    uint32_t historyIndex = 0; // next slot of the ring
+    uint32_t historyCount = 0; // frames held
+};

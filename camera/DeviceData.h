@@ -1,0 +1,24 @@
+#pragma once
+
+#include "camera/DeviceNodeBufferData.h"
+
+#include <Zerlane/Device.h>
+#include <Zerlane/Property.h>
+
+#include <vector>
+
+class NodeData;
+
+// Mirror of one camera. The camera manager fills `nodes`; the node records point back here.
+class DeviceData : public DeviceNodeBufferData {
+public:
+    DeviceData(const Zerlane::Device& device, const std::vector<Zerlane::PropertyBase>& properties);
+    ~DeviceData() override;
+
+    Zerlane::Device device;
+    std::vector<Zerlane::PropertyBase> properties; // as the service listed them when the device appeared
+    std::vector<NodeData*> nodes;
+    bool registered = false;
+    bool controlled = false;   // this program holds control of the device
+    bool dataReceived = false; // cleared by a successful property set
+};

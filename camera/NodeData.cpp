@@ -1,0 +1,32 @@
+#include "camera/NodeData.h"
+
+#include "camera/BufferData.h"
+#include "camera/DeviceData.h"
+
+NodeData::NodeData(const Zerlane::Node& node, DeviceData* device, const std::vector<Zerlane::PropertyBase>& properties)
+    : DeviceNodeBufferData(KindNode), node(node), device(device), properties(properties)
+{
+}
+
+NodeData::~NodeData()
+{
+    for (BufferData*& buffer : buffers) {
+        if (buffer)
+            buffer->release();
+        buffer = nullptr;
+    }
+}
+
+void NodeData::incrementActive()
+{
+    DeviceNodeBufferData::incrementActive();
+    if (device)
+        device->incrementActive();
+}
+
+void NodeData::decrementActive()
+{
+    DeviceNodeBufferData::decrementActive();
+    if (device)
+        device->decrementActive();
+}

@@ -1,0 +1,11 @@
+# viewer_gui: the viewer's widgets. For now the small widgets shared by the panels.
+add_library(viewer_gui STATIC
+    ${CMAKE_SOURCE_DIR}/widgets/QHLine.cpp
+    ${CMAKE_SOURCE_DIR}/widgets/TextColor.cpp
+    ${CMAKE_SOURCE_DIR}/widgets/ZRComboBox.cpp
+    ${CMAKE_SOURCE_DIR}/widgets/ZRDoubleSpinBox.cpp
+    ${CMAKE_SOURCE_DIR}/widgets/ZRMessageBox.cpp
+    ${CMAKE_SOURCE_DIR}/widgets/ZRSpinBox.cpp
+)
+target_link_libraries(viewer_gui PUBLIC viewer_core Qt6::Widgets)
+set_target_properties(viewer_gui PROPERTIES AUTOMOC ON)

@@ -1,0 +1,9 @@
+#include "info/InfoWidgetSetWidgetEvent.h"
+
+QEvent::Type InfoWidgetSetWidgetEvent::eventType()
+{
+    static const QEvent::Type type = QEvent::Type(QEvent::registerEventType());
+    return type;
+}
+
+InfoWidgetSetWidgetEvent::InfoWidgetSetWidgetEvent(QWidget* widget) : QEvent(eventType()), m_widget(widget) {}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QEvent>
+
+class QWidget;
+
+// Asks the info panel to install a new content widget; posted by the postponed calls once no modal
+// widget is open any more.
+class InfoWidgetSetWidgetEvent : public QEvent {
+public:
+    // Registered with Qt once, on first use.
+    static QEvent::Type eventType();
+
+    explicit InfoWidgetSetWidgetEvent(QWidget* widget);
+
+    QWidget* widget() const { return m_widget; }
+
+private:
+    QWidget* m_widget;
+};
