@@ -18,11 +18,20 @@ target_sources(viewer_gui PRIVATE
     mainwindow/ZerlaneViewer.ui
     tree/DeviceTreeModel.cpp
     tree/DeviceTreeView.cpp
+    views/BaseBufferDisplayWidget.h
+    views/BufferDisplayWidget.cpp
+    views/BufferDisplayWidget.ui
+    views/BufferSubWindow.cpp
     views/MdiArea.cpp
+    views/PixelReadout.cpp
     widgets/AboutDialog.cpp
     widgets/AboutDialog.ui
     worker/WorkingThread.cpp
 )
+# The OpenGL display of a buffer.
+if(EXISTS ${CMAKE_SOURCE_DIR}/cmake/ViewerViews.cmake)
+    include(${CMAKE_SOURCE_DIR}/cmake/ViewerViews.cmake)
+endif()
 target_link_libraries(viewer_gui PUBLIC Qt6::Widgets Qt6::OpenGL Qt6::OpenGLWidgets OpenGL::GL)
 
 # Icons and logos, drawn by tools/icongen. Added through the target so that the static library's
@@ -33,3 +42,6 @@ qt_add_resources(viewer_gui "images" PREFIX "/" BASE resources FILES ${viewer_im
 add_executable(ZerlaneViewer app/main.cpp)
 target_link_libraries(ZerlaneViewer PRIVATE viewer_gui)
 install(TARGETS ZerlaneViewer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${CMAKE_SOURCE_DIR}/resources/zerlane-viewer.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES ${CMAKE_SOURCE_DIR}/resources/images/zr32.png DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/32x32/apps
+        RENAME zerlane-viewer.png)

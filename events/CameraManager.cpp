@@ -187,24 +187,6 @@ qint64 CameraManager::relativeTime(quint64 time) const
     return qint64(time - m_referenceTime);
 }
 
-DeviceData* CameraManager::deviceOf(DeviceNodeBufferData* record)
-{
-    if (!record)
-        return nullptr;
-    switch (record->kind()) {
-    case DeviceNodeBufferData::KindDevice:
-        return static_cast<DeviceData*>(record);
-    case DeviceNodeBufferData::KindNode:
-        return static_cast<NodeData*>(record)->device;
-    case DeviceNodeBufferData::KindBuffer: {
-        NodeData* node = static_cast<BufferData*>(record)->node;
-        return node ? node->device : nullptr;
-    }
-    default:
-        return nullptr;
-    }
-}
-
 // ---- Discovery --------------------------------------------------------------------------------
 
 DeviceData* CameraManager::addDevice(const Zerlane::Device& device)
@@ -371,6 +353,18 @@ NodeData* CameraManager::findNode(const Zerlane::Node& node) const
     for (NodeData* record : m_nodes) {
         if (record->node == node)
             return record;
+    }
+    return nullptr;
+}
+
+BufferData* CameraManager::findBuffer(quintptr address) const
+{
+    QMutexLocker lock(&m_mutex);
+    for (NodeData* node : m_nodes) {
+        for (BufferData* buffer : node->buffers) {
+            if (quintptr(buffer) == address)
+                return buffer;
+        }
     }
     return nullptr;
 }

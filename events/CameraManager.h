@@ -60,13 +60,13 @@ public:
     quint64 referenceTime() const;
     qint64 relativeTime(quint64 time) const;
 
-    static DeviceData* deviceOf(DeviceNodeBufferData* record);
-
     // Discovery: build records (GUI thread). addNode returns null for nodes that are not mirrored.
     DeviceData* addDevice(const Zerlane::Device& device);
     NodeData* addNode(const Zerlane::Device& device, const Zerlane::Node& node);
     DeviceData* findDevice(const Zerlane::Device& device) const;
     NodeData* findNode(const Zerlane::Node& node) const;
+    // The buffer record at that address, if it is one of the mirrored nodes' buffers.
+    BufferData* findBuffer(quintptr address) const;
     // Take a record out of the lists (and the tree) and drop the creation reference.
     void removeNode(NodeData* node);
     void removeDevice(DeviceData* device);

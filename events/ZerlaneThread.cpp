@@ -344,6 +344,8 @@ void ZerlaneThread::onNodePropertyChanged(Zerlane::Node node, Zerlane::PropertyC
 NodeData* ZerlaneThread::takeSample(const Zerlane::Node& node, quint64 timeOfCapture, quint64 timeOfArrival,
                                     quint64* eventTime)
 {
+    if (!m_manager) // handlers called outside the service loop (benchmarks) find the manager themselves
+        m_manager = CameraManager::instance();
     NodeData* record = nullptr;
     {
         QMutexLocker lock(&m_manager->mutex());

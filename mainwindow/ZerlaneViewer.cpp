@@ -11,6 +11,10 @@
 #include "events/CameraManager.h"
 #include "events/ZerlaneThread.h"
 #include "tree/DeviceTreeModel.h"
+#include "views/BufferDisplayWidget.h"
+#include "views/BufferSubWindow.h"
+#include "views/DisplayWidget.h"
+#include "views/MdiArea.h"
 #include "widgets/AboutDialog.h"
 #include "widgets/ZRMessageBox.h"
 #include "worker/Settings.h"
@@ -119,8 +123,6 @@ ZerlaneViewer::ZerlaneViewer()
     markNotYetAvailable(ui->actionExportCurrentFrame, "Current frame export");
     markNotYetAvailable(ui->actionDepthPalette, "The palette dialog");
     markNotYetAvailable(ui->actionPreferences, "The preferences dialog");
-    for (QAction* action : {ui->actionViewFront, ui->actionViewLeft, ui->actionViewRight, ui->actionViewTop, ui->actionViewBottom})
-        markNotYetAvailable(action, "3D camera presets");
 
     if (Settings::autoSaveWorkspace())
         restoreWindowGeometry();
@@ -210,9 +212,38 @@ void ZerlaneViewer::onPropertySet(DeviceNodeBufferData*)
     updateActions();
 }
 
-void ZerlaneViewer::showRegistrationOfViews(NodeData*)
+void ZerlaneViewer::showRegistrationOfViews(NodeData* node)
 {
-    // Buffer views come with the view area; until then no view can show a registration state.
+    for (BufferData* buffer : node->buffers) {
+        if (BufferDisplayWidget* view = viewOf(buffer))
+            view->showRegistrationState();
+    }
+}
+
+BufferDisplayWidget* ZerlaneViewer::viewOf(const BufferData* buffer)
+{
+    return buffer->subWindow ? qobject_cast<BufferDisplayWidget*>(buffer->subWindow->widget()) : nullptr;
+}
+
+MdiArea* ZerlaneViewer::mdiArea() const
+{
+    return ui->mdiArea;
+}
+
+void ZerlaneViewer::onViewOpened(BufferData* buffer)
+{
+    m_treeModel->refreshRecord(buffer);
+}
+
+void ZerlaneViewer::onViewClosed(BufferData* buffer)
+{
+    m_treeModel->refreshRecord(buffer);
+    NodeData* node = buffer->node;
+    DeviceData* device = node->device;
+    if (node->disconnected && !CameraManager::isInUse(node))
+        CameraManager::instance()->removeNode(node);
+    if (device->disconnected && !CameraManager::isInUse(device))
+        CameraManager::instance()->removeDevice(device);
 }
 
 void ZerlaneViewer::updateActions()
@@ -246,7 +277,12 @@ void ZerlaneViewer::onNodeConnected(Zerlane::Device device, Zerlane::Node node)
 void ZerlaneViewer::removeIfUnused(NodeData* node)
 {
     if (CameraManager::isInUse(node)) {
+        // Kept until its last view closes; the views say that nothing comes any more.
         node->disconnected = true;
+        for (BufferData* buffer : node->buffers) {
+            if (BufferDisplayWidget* view = viewOf(buffer))
+                view->setInteractiveInfo("Not streaming", QColor(0, 0, 0, 255));
+        }
         return;
     }
     try {
@@ -260,8 +296,9 @@ void ZerlaneViewer::removeIfUnused(DeviceData* device)
 {
     if (CameraManager::isInUse(device)) {
         device->disconnected = true;
-        for (NodeData* node : device->nodes)
-            node->disconnected = true;
+        const std::vector<NodeData*> nodes = device->nodes; // removing a node changes the list
+        for (NodeData* node : nodes)
+            removeIfUnused(node);
         return;
     }
     try {
@@ -317,10 +354,97 @@ void ZerlaneViewer::onControlNode(NodeData* nodeData)
 
 void ZerlaneViewer::onNewFrame(BufferData* bufferData)
 {
-    // While frozen the cameras keep delivering, but nothing new is shown; buffers without a view have
-    // nothing to show.
-    if (CameraManager::instance()->streamingState() != CameraManager::Streaming || !bufferData->subWindow)
+    // While frozen the cameras keep delivering, but nothing new is shown.
+    if (CameraManager::instance()->streamingState() != CameraManager::Streaming)
         return;
+    updateAvailability(bufferData);
+    BufferDisplayWidget* view = viewOf(bufferData);
+    if (!view)
+        return;
+    if (bufferData->unavailable)
+        view->setInteractiveInfo(unavailableText(bufferData), QColor(0, 0, 0, 255));
+    else
+        showFrame(bufferData, view);
+}
+
+namespace {
+
+BufferData* bufferOfType(NodeData* node, uint32_t type)
+{
+    for (BufferData* buffer : node->buffers) {
+        if (buffer->type == type)
+            return buffer;
+    }
+    return nullptr;
+}
+
+NodeData* colorNodeOf(DeviceData* device)
+{
+    for (NodeData* node : device->nodes) {
+        if (node->node.is<Zerlane::ColorNode>())
+            return node;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void ZerlaneViewer::updateAvailability(BufferData* buffer) const
+{
+    if (buffer->type != BufferData::UV) {
+        buffer->unavailable = buffer->noData;
+        return;
+    }
+    // The UV view needs the node's floating-point vertices and a streaming colour image.
+    BufferData* vertices = bufferOfType(buffer->node, BufferData::VerticesFloatingPoint);
+    NodeData* color = colorNodeOf(buffer->node->device);
+    BufferData* colorMap = color && !color->buffers.empty() ? color->buffers.front() : nullptr;
+    buffer->unavailable = buffer->noData || !vertices || vertices->noData || !color || !color->dataReceived
+        || !colorMap || colorMap->noData;
+}
+
+QString ZerlaneViewer::unavailableText(BufferData* buffer) const
+{
+    if (buffer->type == BufferData::UV) {
+        BufferData* vertices = bufferOfType(buffer->node, BufferData::VerticesFloatingPoint);
+        NodeData* color = colorNodeOf(buffer->node->device);
+        BufferData* colorMap = color && !color->buffers.empty() ? color->buffers.front() : nullptr;
+        if (!color)
+            return "Color node not present";
+        if (!vertices || vertices->noData)
+            return "Vertices Floating Point not streaming";
+        if (colorMap && !colorMap->noData && color->dataReceived)
+            return "Not streaming";
+        return "Color not streaming";
+    }
+    if (buffer->type == BufferData::StandardDeviation)
+        return buffer->node->roiX < 0 ? "No ROI selected" : "Not streaming";
+    return "Not streaming";
+}
+
+void ZerlaneViewer::showFrame(BufferData* buffer, BufferDisplayWidget* view)
+{
+    CameraManager* manager = CameraManager::instance();
+    if (buffer->node->node.is<Zerlane::DepthNode>()) {
+        const Zerlane::DepthNode::Acceleration& a = static_cast<DepthNodeData*>(buffer->node)->acceleration;
+        view->setAcceleration(a.x, a.y, a.z);
+    }
+    {
+        QMutexLocker lock(&buffer->dataMutex);
+        const int slot = buffer->readSlot();
+        view->setTimeOfCapture(manager->relativeTime(buffer->timeOfCapture[slot]));
+        view->setTimeOfArrival(manager->relativeTime(buffer->timeOfArrival[slot]));
+        view->setTimeOfEvent(manager->relativeTime(buffer->timeOfEvent[slot]));
+        view->setDroppedFrames(int(buffer->droppedFrames[slot]));
+        view->setTotalDroppedFrames(int(buffer->totalDroppedFrames[slot]));
+        if (recording && buffer->recorded)
+            emit newRecordedFrame();
+    }
+    if (!buffer->notRegisteredShown && buffer->resetPending[buffer->readSlot()]) {
+        buffer->resetPending[0] = buffer->resetPending[1] = false;
+        view->reset();
+    }
+    view->refresh();
 }
 
 void ZerlaneViewer::onPropertyChanged(Zerlane::Device, Zerlane::PropertyBase)
@@ -334,6 +458,9 @@ void ZerlaneViewer::onPropertyChanged(Zerlane::Node node, Zerlane::PropertyBase 
         NodeData* record = CameraManager::instance()->findNode(node);
         if (record && isConfigurationProperty(property))
             CameraManager::instance()->storeReportedConfiguration(record);
+        const std::string name = property.isSet() ? property.name() : std::string();
+        if (record && (name == "depthMap3Planes" || name == "depthMapFloatingPoint3Planes"))
+            rebuildViewsOf(record);
     } catch (const Zerlane::Exception& e) {
         logWarning(Format("Could not refresh property : %") % e.getMessage());
     }
@@ -360,12 +487,68 @@ void ZerlaneViewer::onTimeOut()
         m_eventRates[node] = node->sampleCount * factor;
         node->sampleCount = 0;
     }
+    auto rate = [](double value) { return QString("%1").arg(value, 2, 'f', 0); };
+    for (BufferData* buffer : CameraManager::instance()->displayedBuffers()) {
+        BufferDisplayWidget* view = viewOf(buffer);
+        if (!view)
+            continue;
+        const double frameRate = buffer->frameCount * factor;
+        const double paintRate = view->displayWidget()->repaintCount() * factor;
+        buffer->frameCount = 0;
+        view->clearRepaintCount();
+        if (buffer->node && CameraManager::instance()->findNode(buffer->node->node))
+            view->setInfo(QString("Frame rate : %1      Event rate : %2      Paint rate : %3")
+                              .arg(rate(frameRate), rate(m_eventRates.value(buffer->node, 0.0)), rate(paintRate)));
+        else
+            view->setInfo("- No Info -");
+    }
     m_statisticsClock.restart();
 }
 
-void ZerlaneViewer::onAddBuffer(BufferData*, QPoint, QSize, bool, float, float, float, float, float, float)
+void ZerlaneViewer::onAddBuffer(BufferData* bufferData, QPoint pos, QSize size, bool maximized, float x, float y,
+                                float z, float distance, float pan, float tilt)
 {
-    // Buffer views come with the view area; the workspace restore that asks for them is not built yet.
+    if (bufferData->subWindow)
+        return;
+    BufferSubWindow* window = ui->mdiArea->openView(bufferData);
+    window->resize(size);
+    window->move(pos);
+    if (maximized)
+        window->showMaximized();
+    if (auto* view = qobject_cast<BufferDisplayWidget*>(window->widget()))
+        view->setCamera(x, y, z, distance, pan, tilt);
+}
+
+void ZerlaneViewer::on_treeView_doubleClicked(const QModelIndex& index)
+{
+    DeviceNodeBufferData* record = DeviceTreeModel::recordOf(index);
+    if (record && record->kind() == DeviceNodeBufferData::KindBuffer) {
+        auto* buffer = static_cast<BufferData*>(record);
+        if (!buffer->subWindow)
+            ui->mdiArea->openView(buffer);
+    }
+}
+
+void ZerlaneViewer::rebuildViewsOf(NodeData* node)
+{
+    // A depth map switched to or from three planes is drawn in 3D or flat: its view is rebuilt in place.
+    for (BufferData* buffer : node->buffers) {
+        BufferSubWindow* old = buffer->subWindow;
+        if (!old)
+            continue;
+        if (buffer->type != BufferData::Depth && buffer->type != BufferData::DepthFloatingPoint) {
+            old->setWindowTitle(MdiArea::titleFor(buffer));
+            continue;
+        }
+        const QRect geometry = old->geometry();
+        const bool maximized = old->isMaximized();
+        buffer->reopening = true;
+        old->close();
+        BufferSubWindow* window = ui->mdiArea->reopenView(buffer);
+        window->setGeometry(geometry);
+        if (maximized)
+            window->showMaximized();
+    }
 }
 
 // ---- Streaming --------------------------------------------------------------------------------------
@@ -382,6 +565,10 @@ void ZerlaneViewer::onStreamingStopped(bool ok)
 {
     if (!ok)
         return;
+    for (BufferData* buffer : CameraManager::instance()->displayedBuffers()) {
+        if (BufferDisplayWidget* view = viewOf(buffer))
+            view->reset();
+    }
     for (NodeData* node : CameraManager::instance()->nodes()) {
         node->dataReceived = false;
         if (node->node.is<Zerlane::DepthNode>())
@@ -442,8 +629,26 @@ void ZerlaneViewer::on_actionQuit_triggered()
 
 void ZerlaneViewer::on_actionMirrorView_triggered()
 {
-    // The views read the action's state when they paint.
+    for (BufferData* buffer : CameraManager::instance()->displayedBuffers()) {
+        if (BufferDisplayWidget* view = viewOf(buffer)) {
+            view->displayWidget()->setMirror(mirrorView());
+            view->refresh();
+        }
+    }
 }
+
+void ZerlaneViewer::applyPresetToActiveView(int preset)
+{
+    QMdiSubWindow* active = ui->mdiArea->activeSubWindow();
+    if (auto* view = active ? qobject_cast<BufferDisplayWidget*>(active->widget()) : nullptr)
+        view->applyPreset(preset);
+}
+
+void ZerlaneViewer::on_actionViewFront_triggered() { applyPresetToActiveView(0); }
+void ZerlaneViewer::on_actionViewLeft_triggered() { applyPresetToActiveView(1); }
+void ZerlaneViewer::on_actionViewRight_triggered() { applyPresetToActiveView(2); }
+void ZerlaneViewer::on_actionViewTop_triggered() { applyPresetToActiveView(3); }
+void ZerlaneViewer::on_actionViewBottom_triggered() { applyPresetToActiveView(4); }
 
 void ZerlaneViewer::on_actionRegisterNode_triggered()
 {
@@ -498,7 +703,18 @@ void ZerlaneViewer::saveWorkspace()
     Settings::setWorkspaceIsMaximized(maximized);
     for (DeviceData* device : CameraManager::instance()->devices()) {
         const int deviceNumber = Settings::writeDevice(device);
-        for (NodeData* node : device->nodes)
-            Settings::writeNode(node, deviceNumber);
+        for (NodeData* node : device->nodes) {
+            const int nodeNumber = Settings::writeNode(node, deviceNumber);
+            for (BufferData* buffer : node->buffers) {
+                BufferSubWindow* window = buffer->subWindow;
+                BufferDisplayWidget* view = viewOf(buffer);
+                if (!window || !view)
+                    continue;
+                float x, y, z, distance, pan, tilt;
+                view->getCamera(&x, &y, &z, &distance, &pan, &tilt);
+                Settings::writeBuffer(buffer, nodeNumber, window->lastNormalPosition(), window->lastNormalSize(),
+                                      window->isMaximized(), x, y, z, distance, pan, tilt);
+            }
+        }
     }
 }

@@ -16,6 +16,9 @@
 #include <memory>
 
 class DeviceTreeModel;
+class BaseBufferDisplayWidget;
+class BufferDisplayWidget;
+class MdiArea;
 class QLabel;
 namespace Ui {
 class ZerlaneViewerClass;
@@ -50,6 +53,11 @@ public:
     void onPropertySet(DeviceNodeBufferData* record);
     // Every open view of the node learns whether its node is registered now.
     void showRegistrationOfViews(NodeData* node);
+    // A view of the buffer was opened or closed (the tree shows shown buffers in bold; a disconnected
+    // node goes once its last view has closed).
+    void onViewOpened(BufferData* buffer);
+    void onViewClosed(BufferData* buffer);
+    MdiArea* mdiArea() const;
 
 signals:
     void nodeAdded(NodeData* nodeData);
@@ -93,6 +101,12 @@ private slots:
     void on_actionRegisterDevice_triggered();
     void on_actionControlDevice_triggered();
     void on_actionAbout_triggered();
+    void on_treeView_doubleClicked(const QModelIndex& index);
+    void on_actionViewFront_triggered();
+    void on_actionViewLeft_triggered();
+    void on_actionViewRight_triggered();
+    void on_actionViewTop_triggered();
+    void on_actionViewBottom_triggered();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -107,6 +121,12 @@ private:
     void saveWorkspace();
     void removeIfUnused(NodeData* node);
     void removeIfUnused(DeviceData* device);
+    void applyPresetToActiveView(int preset);
+    void showFrame(BufferData* buffer, BufferDisplayWidget* view);
+    QString unavailableText(BufferData* buffer) const;
+    void updateAvailability(BufferData* buffer) const;
+    void rebuildViewsOf(NodeData* node);
+    static BufferDisplayWidget* viewOf(const BufferData* buffer);
 
     std::unique_ptr<Ui::ZerlaneViewerClass> ui;
     DeviceTreeModel* m_treeModel = nullptr;

@@ -3,4 +3,4 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/build.sh
-exec build/bin/zerlane-probe --standalone --stream 5 "$@"
+exec build/bin/ZerlaneViewer -sa "$@"

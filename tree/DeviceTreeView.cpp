@@ -4,6 +4,7 @@
 #include "Zerlane/Zerlane.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
+#include "camera/RecordUtils.h"
 #include "events/CameraManager.h"
 #include "events/ZerlaneThread.h"
 #include "info/InfoWidget.h"
@@ -54,7 +55,7 @@ NodeData* DeviceTreeView::selectedNode() const
 DeviceData* DeviceTreeView::selectedDevice() const
 {
     const QModelIndexList indexes = selectedIndexes();
-    return indexes.isEmpty() ? nullptr : CameraManager::deviceOf(DeviceTreeModel::recordOf(indexes.first()));
+    return indexes.isEmpty() ? nullptr : deviceOf(DeviceTreeModel::recordOf(indexes.first()));
 }
 
 void DeviceTreeView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)

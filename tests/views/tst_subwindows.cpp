@@ -1,0 +1,236 @@
+// Opening and closing buffer views: titles, the node properties they switch, drops, the
+// registration line, and a node that leaves while shown. Runs the real program objects over the
+// stepped simulated camera.
+
+#include "app/TextUtils.h"
+#include "app/Wiring.h"
+#include "camera/BufferData.h"
+#include "camera/DeviceData.h"
+#include "camera/NodeData.h"
+#include "events/CameraManager.h"
+#include "events/ZerlaneThread.h"
+#include "mainwindow/RecordingThread.h"
+#include "mainwindow/ZerlaneViewer.h"
+#include "support/ViewerTestSupport.h"
+#include "tree/DeviceTreeModel.h"
+#include "views/BufferDisplayWidget.h"
+#include "views/BufferSubWindow.h"
+#include "views/DisplayWidget.h"
+#include "views/MdiArea.h"
+#include "worker/PostponedCalls.h"
+#include "worker/WorkingThread.h"
+
+#include <QDataStream>
+#include <QLabel>
+#include <QMimeData>
+#include <QtTest>
+
+class TestSubWindows : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        ViewerTest::isolateSettings();
+        ViewerTest::useSteppedSimulator();
+        events = ZerlaneThread::instance();
+        CameraManager::instance();
+        WorkingThread* worker = WorkingThread::instance();
+        worker->moveToThread(worker);
+        RecordingThread* recorder = RecordingThread::instance();
+        recorder->moveToThread(recorder);
+        window = ZerlaneViewer::instance();
+        CameraManager::instance()->setMainWindow(window);
+        CameraManager::instance()->setWorkingThread(worker);
+        Wiring::registerMetaTypes();
+        Wiring::connectAll(qApp, events, worker, recorder, window);
+        events->start();
+        worker->start();
+        recorder->start();
+        window->resize(1400, 900);
+        window->show();
+        QVERIFY(ViewerTest::waitFor([this] { return CameraManager::instance()->nodes().size() == 3; }));
+        for (NodeData* node : CameraManager::instance()->nodes()) {
+            if (node->node.is<Zerlane::DepthNode>())
+                depth = node;
+        }
+        QVERIFY(depth);
+    }
+
+    void cleanupTestCase()
+    {
+        window->mdiArea()->closeAllSubWindows();
+        events->on_aboutToQuitApplication();
+        ZerlaneThread::destroyInstance();
+        ZerlaneViewer::destroyInstance();
+        RecordingThread::destroyInstance();
+        WorkingThread::destroyInstance();
+        CameraManager::destroyInstance();
+        PostponedCalls::destroyInstance();
+    }
+
+    void titleNamesBufferModelAndSerial()
+    {
+        BufferData* map = buffer(BufferData::Depth);
+        const QString model = QString::fromStdString(Zerlane::Device::Model_toString(depth->device->device.getModel()));
+        const QString serial = QString::fromStdString(depth->device->device.getSerialNumber());
+        QCOMPARE(MdiArea::titleFor(map), QString("Depth [%1 - %2]").arg(model, serial));
+
+        ViewerTest::LogRecorder log;
+        Zerlane::plugin::FaultInjector::inject("Device::getSerialNumber", Zerlane::plugin::FaultInjector::Kind::Exception,
+                                               "serial unreadable", 1);
+        BufferSubWindow* sub = window->mdiArea()->openView(map);
+        QCOMPARE(sub->windowTitle(), QString());
+        QVERIFY(log.contains("Could not create sub-window title: serial unreadable"));
+        sub->close();
+        QVERIFY(!map->subWindow);
+    }
+
+    void aMapStaysOnUntilItsLastViewCloses()
+    {
+        CameraManager* manager = CameraManager::instance();
+        auto enabled = [&](const char* name) { return manager->getProperty<bool>(depth, name); };
+        BufferData* floating = buffer(BufferData::DepthFloatingPoint);
+        BufferData* deviation = buffer(BufferData::StandardDeviation);
+        BufferSubWindow* first = window->mdiArea()->openView(floating);
+        BufferSubWindow* second = window->mdiArea()->openView(deviation);
+        QVERIFY(enabled("enableDepthMapFloatingPoint"));
+        first->close();
+        QVERIFY(enabled("enableDepthMapFloatingPoint"));
+        second->close();
+        QVERIFY(!enabled("enableDepthMapFloatingPoint"));
+
+        // A view closed for a rebuild leaves the property alone.
+        BufferSubWindow* view = window->mdiArea()->openView(floating);
+        floating->reopening = true;
+        view->close();
+        QVERIFY(enabled("enableDepthMapFloatingPoint"));
+        manager->decrementPropertyUse("enableDepthMapFloatingPoint");
+        manager->setProperty<bool>(depth, "enableDepthMapFloatingPoint", false);
+
+        // "Combined" switches the confidence map on too, and never off.
+        auto* combined = new BufferData(depth, BufferData::Combined);
+        depth->buffers.push_back(combined);
+        BufferSubWindow* mixed = window->mdiArea()->openView(combined);
+        QVERIFY(enabled("enablePhaseMap"));
+        QVERIFY(enabled("enableConfidenceMap"));
+        mixed->close();
+        QVERIFY(!enabled("enablePhaseMap"));
+        QVERIFY(enabled("enableConfidenceMap"));
+        depth->buffers.pop_back();
+        combined->release();
+        manager->setProperty<bool>(depth, "enableConfidenceMap", false);
+    }
+
+    void dropsOpenOnlyNotYetShownBuffers()
+    {
+        MdiArea* area = window->mdiArea();
+        BufferData* phase = buffer(BufferData::Phase);
+        auto drop = [&](qint64 address) {
+            QByteArray bytes;
+            QDataStream stream(&bytes, QIODevice::WriteOnly);
+            stream << address;
+            QMimeData mime;
+            mime.setData(MdiArea::DragMimeType, bytes);
+            // As a real drag: the area accepts the entering drag, then receives the drop.
+            QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(area->viewport(), &enter);
+            QVERIFY(enter.isAccepted());
+            QDropEvent event(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(area->viewport(), &event);
+        };
+        const int before = area->subWindowList().size();
+        drop(qint64(quintptr(depth)));         // a node: ignored
+        drop(qint64(0x1234));                  // not a record: ignored
+        QCOMPARE(area->subWindowList().size(), before);
+        drop(qint64(quintptr(phase)));
+        QCOMPARE(area->subWindowList().size(), before + 1);
+        QVERIFY(phase->subWindow);
+        drop(qint64(quintptr(phase)));         // already shown: nothing more
+        QCOMPARE(area->subWindowList().size(), before + 1);
+        QCOMPARE(window->treeModel()->data(window->treeModel()->indexOf(phase), Qt::FontRole).value<QFont>().weight(),
+                 QFont::Bold);
+        phase->subWindow->close();
+    }
+
+    void anUnregisteredNodeSaysSoInRed()
+    {
+        BufferData* confidence = buffer(BufferData::Confidence);
+        QVERIFY(!depth->registered);
+        BufferSubWindow* sub = window->mdiArea()->openView(confidence);
+        auto* view = qobject_cast<BufferDisplayWidget*>(sub->widget());
+        QCOMPARE(view->interactiveInfo(), QString("Node not registered"));
+        auto* label = view->findChild<QLabel*>("interactiveInfoLabel");
+        QCOMPARE(label->palette().color(QPalette::WindowText), QColor(255, 0, 0));
+
+        CameraManager::instance()->registerNode(depth, true);
+        window->showRegistrationOfViews(depth);
+        QCOMPARE(view->interactiveInfo(), QString());
+        QCOMPARE(label->palette().color(QPalette::WindowText), QColor(0, 0, 0));
+        sub->close();
+    }
+
+    void labelTexts()
+    {
+        QCOMPARE(BufferDisplayWidget::accelerationText(0.f, -1.f, 0.5f), QString("0.000 -1.000 0.500"));
+        QCOMPARE(BufferDisplayWidget::accelerationText(12.25f, 0.f, 0.f), QString("12.250 0.000 0.000"));
+        QCOMPARE(timeText(qint64(1500000)), QString("1.500000"));
+        QCOMPARE(timeText(qint64(-1500000)), QString("-1.500000"));
+        QCOMPARE(timeText(qint64(3000000000LL)), QString("3000.967296"));
+    }
+
+    void streamingFillsTheLabelsAndTheInfoLine()
+    {
+        CameraManager* manager = CameraManager::instance();
+        manager->registerNode(depth, true);
+        BufferSubWindow* sub = window->mdiArea()->openView(buffer(BufferData::Depth));
+        auto* view = qobject_cast<BufferDisplayWidget*>(sub->widget());
+        window->findChild<QAction*>("actionStartNodes")->trigger();
+        QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Streaming"; }));
+        Zerlane::Sim::Control::step(3);
+        auto* capture = view->findChild<QLabel*>("timeOfCaptureLabel");
+        QVERIFY(ViewerTest::waitFor([&] { return capture->text() != "-"; }));
+        QVERIFY(QRegularExpression("^\\d+\\.\\d{6}$").match(capture->text()).hasMatch());
+        QCOMPARE(view->findChild<QLabel*>("droppedFramesLabel")->text(), QString("0"));
+        QVERIFY(view->findChild<QLabel*>("accelerationLabel")->text().contains("1.0") ||
+                view->findChild<QLabel*>("accelerationLabel")->text().contains("0.9"));
+        QVERIFY(ViewerTest::waitFor([&] { return view->info().startsWith("Frame rate : "); }, 2500));
+        QVERIFY2(QRegularExpression("^Frame rate : +\\d+      Event rate : +\\d+      Paint rate : +\\d+$")
+                     .match(view->info()).hasMatch(),
+                 qPrintable(view->info()));
+        window->findChild<QAction*>("actionStopNodes")->trigger();
+        QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Stopped"; }));
+        sub->close();
+    }
+
+    void aNodeThatLeavesWhileShownStaysUntilItsViewCloses()
+    {
+        BufferSubWindow* sub = window->mdiArea()->openView(buffer(BufferData::Depth));
+        auto* view = qobject_cast<BufferDisplayWidget*>(sub->widget());
+        const std::string serial = depth->device->device.getSerialNumber();
+        Zerlane::Sim::Control::removeCamera(serial);
+        QVERIFY(ViewerTest::waitFor([&] { return depth->disconnected; }));
+        QCOMPARE(window->treeModel()->rowCount(), 1);
+        QCOMPARE(view->interactiveInfo(), QString("Not streaming"));
+        sub->close();
+        QCOMPARE(window->treeModel()->rowCount(), 0);
+        QVERIFY(CameraManager::instance()->nodes().empty());
+    }
+
+private:
+    BufferData* buffer(uint32_t type) const
+    {
+        for (BufferData* b : depth->buffers) {
+            if (b->type == type)
+                return b;
+        }
+        return nullptr;
+    }
+
+    ZerlaneThread* events = nullptr;
+    ZerlaneViewer* window = nullptr;
+    NodeData* depth = nullptr;
+};
+
+QTEST_MAIN(TestSubWindows)
+#include "tst_subwindows.moc"

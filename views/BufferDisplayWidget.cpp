@@ -1,0 +1,194 @@
+#include "views/BufferDisplayWidget.h"
+
+#include "ui_BufferDisplayWidget.h"
+
+#include "Zerlane/Zerlane.h"
+#include "app/TextUtils.h"
+#include "camera/BufferData.h"
+#include "camera/NodeData.h"
+#include "views/DisplayWidget.h"
+#include "views/PixelReadout.h"
+#include "widgets/TextColor.h"
+#include "worker/Settings.h"
+
+#include <QMutexLocker>
+
+BufferDisplayWidget::BufferDisplayWidget(QWidget* parent)
+    : BaseBufferDisplayWidget(parent)
+    , ui(std::make_unique<Ui::BufferDisplayWidgetClass>())
+{
+    ui->setupUi(this);
+    connect(ui->displayWidget, &DisplayWidget::displayed, this, &BufferDisplayWidget::setTimeOfDisplay);
+    connect(ui->displayWidget, &DisplayWidget::pointerChanged, this, &BufferDisplayWidget::refresh);
+}
+
+BufferDisplayWidget::~BufferDisplayWidget() = default;
+
+DisplayWidget* BufferDisplayWidget::displayWidget() const
+{
+    return ui->displayWidget;
+}
+
+void BufferDisplayWidget::refresh()
+{
+    updateReadout();
+    ui->displayWidget->update();
+}
+
+void BufferDisplayWidget::repaintDisplay()
+{
+    ui->displayWidget->update();
+}
+
+void BufferDisplayWidget::clearRepaintCount()
+{
+    ui->displayWidget->clearRepaintCount();
+}
+
+void BufferDisplayWidget::reset()
+{
+    if (m_buffer)
+        ui->displayWidget->setBuffer(m_buffer); // forgets what was uploaded of both slots
+    refresh();
+}
+
+void BufferDisplayWidget::setBuffer(BufferData* buffer)
+{
+    m_buffer = buffer;
+    ui->displayWidget->setBuffer(buffer);
+    const bool depthNode = buffer && buffer->node && buffer->node->node.is<Zerlane::DepthNode>();
+    if (!depthNode) {
+        ui->accelerationTitleLabel->hide();
+        ui->accelerationLabel->hide();
+    }
+}
+
+void BufferDisplayWidget::setInteractiveInfo(const QString& text, const QColor& color)
+{
+    ui->interactiveInfoLabel->setText(text);
+    setTextColor(ui->interactiveInfoLabel, color);
+}
+
+void BufferDisplayWidget::showRegistrationState()
+{
+    if (!m_buffer)
+        return;
+    if (m_buffer->node->registered) {
+        m_buffer->notRegisteredShown = false;
+        setInteractiveInfo(QString(), QColor(0, 0, 0, 255));
+    } else {
+        m_buffer->notRegisteredShown = true;
+        setInteractiveInfo("Node not registered", QColor(255, 0, 0));
+        reset();
+    }
+}
+
+void BufferDisplayWidget::requestReload()
+{
+    ui->displayWidget->setReload(true);
+}
+
+bool BufferDisplayWidget::isThreeDimensional() const
+{
+    return ui->displayWidget->is3D();
+}
+
+void BufferDisplayWidget::setInfo(const QString& text)
+{
+    ui->labelInfo->setText(text);
+}
+
+QString BufferDisplayWidget::interactiveInfo() const
+{
+    return ui->interactiveInfoLabel->text();
+}
+
+QString BufferDisplayWidget::info() const
+{
+    return ui->labelInfo->text();
+}
+
+void BufferDisplayWidget::setTimeOfCapture(qint64 time)
+{
+    ui->timeOfCaptureLabel->setText(timeText(time));
+}
+
+void BufferDisplayWidget::setTimeOfArrival(qint64 time)
+{
+    ui->timeOfArrivalLabel->setText(timeText(time));
+}
+
+void BufferDisplayWidget::setTimeOfEvent(qint64 time)
+{
+    ui->timeOfEventLabel->setText(timeText(time));
+}
+
+void BufferDisplayWidget::setTimeOfDisplay(qint64 time)
+{
+    ui->timeOfDisplayLabel->setText(timeText(time));
+}
+
+void BufferDisplayWidget::setDroppedFrames(int count)
+{
+    ui->droppedFramesLabel->setText(QString("%1").arg(count));
+}
+
+void BufferDisplayWidget::setTotalDroppedFrames(int count)
+{
+    ui->totalDroppedFramesLabel->setText(QString("%1").arg(count));
+}
+
+QString BufferDisplayWidget::accelerationText(float x, float y, float z)
+{
+    auto field = [](float v) { return QString("%1").arg(double(v), -5, 'f', 3); };
+    return QString("%1 %2 %3").arg(field(x), field(y), field(z));
+}
+
+void BufferDisplayWidget::setAcceleration(float x, float y, float z)
+{
+    ui->accelerationLabel->setText(accelerationText(x, y, z));
+}
+
+void BufferDisplayWidget::setCamera(float x, float y, float z, float distance, float pan, float tilt)
+{
+    ui->displayWidget->setCamera(x, y, z, distance, pan, tilt);
+}
+
+void BufferDisplayWidget::getCamera(float* x, float* y, float* z, float* distance, float* pan, float* tilt) const
+{
+    ui->displayWidget->camera(x, y, z, distance, pan, tilt);
+}
+
+void BufferDisplayWidget::applyPreset(int preset)
+{
+    if (!isThreeDimensional())
+        return;
+    ui->displayWidget->loadCameraPreset(preset);
+    ui->displayWidget->clearRepaintCount();
+    ui->displayWidget->update();
+}
+
+void BufferDisplayWidget::updateReadout()
+{
+    if (!m_buffer || m_buffer->notRegisteredShown)
+        return;
+    const QColor black(0, 0, 0, 255);
+    DisplayWidget* display = ui->displayWidget;
+    if (display->is3D()) {
+        float x, y, z, distance, pan, tilt;
+        display->camera(&x, &y, &z, &distance, &pan, &tilt);
+        setInteractiveInfo(PixelReadout::cameraText(x, y, z, distance, tilt, pan), black);
+        return;
+    }
+    if (!display->mouseInside()) {
+        setInteractiveInfo(QString(), black);
+        return;
+    }
+    QMutexLocker lock(&m_buffer->dataMutex);
+    const int slot = m_buffer->readSlot();
+    const QSize image(int(m_buffer->width[slot]), int(m_buffer->height[slot]));
+    if (image.isEmpty())
+        return;
+    const QPoint pixel = DisplayWidget::widgetToImage(display->mousePosition(), display->size(), image, display->mirror());
+    setInteractiveInfo(PixelReadout::pixelText(m_buffer, slot, pixel.x(), pixel.y()), black);
+}

@@ -1,0 +1,81 @@
+#include "views/BufferSubWindow.h"
+
+#include "app/TextUtils.h"
+#include "camera/BufferData.h"
+#include "camera/NodeData.h"
+#include "events/CameraManager.h"
+#include "mainwindow/ZerlaneViewer.h"
+#include "views/BaseBufferDisplayWidget.h"
+
+#include <QCloseEvent>
+#include <QIcon>
+
+BufferSubWindow::BufferSubWindow(BufferData* buffer, QWidget* view, const QString& title)
+    : QMdiSubWindow(nullptr, Qt::WindowFlags())
+    , m_buffer(buffer)
+{
+    const QIcon icon(":/images/zr32.png");
+    if (auto* display = qobject_cast<BaseBufferDisplayWidget*>(view)) {
+        display->setBuffer(buffer);
+        if (!buffer->node->registered) {
+            display->setInteractiveInfo("Node not registered", QColor(255, 0, 0));
+            buffer->notRegisteredShown = true;
+        }
+    }
+    setWidget(view);
+    setWindowTitle(title);
+    setWindowIcon(icon);
+    setAttribute(Qt::WA_DeleteOnClose);
+
+    buffer->subWindow = this;
+    buffer->shown = true;
+    buffer->displayed = true;
+    buffer->reopening = false;
+    CameraManager::instance()->addDisplayedBuffer(buffer);
+    recordNormalGeometry();
+}
+
+void BufferSubWindow::recordNormalGeometry()
+{
+    const QRect frame = frameGeometry();
+    m_normalPosition = pos();
+    m_normalSize = QSize(frame.right() - frame.left() + 1, frame.bottom() - frame.top() + 1);
+}
+
+void BufferSubWindow::resizeEvent(QResizeEvent* event)
+{
+    QMdiSubWindow::resizeEvent(event);
+    if (!isMaximized() && !isMinimized())
+        recordNormalGeometry();
+}
+
+void BufferSubWindow::moveEvent(QMoveEvent* event)
+{
+    QMdiSubWindow::moveEvent(event);
+    if (!isMaximized() && !isMinimized())
+        recordNormalGeometry();
+}
+
+void BufferSubWindow::closeEvent(QCloseEvent* event)
+{
+    if (BufferData* buffer = m_buffer) {
+        CameraManager* manager = CameraManager::instance();
+        manager->removeDisplayedBuffer(buffer);
+        buffer->subWindow = nullptr;
+        buffer->shown = false;
+        buffer->displayed = false;
+        buffer->notRegisteredShown = false;
+        m_buffer = nullptr;
+        if (!buffer->reopening) {
+            // Only the map's own use counts; "Combined" leaves the confidence map it also switched on.
+            const QString property = mapEnableName(buffer->type);
+            // A camera that is gone has nothing left to switch off.
+            if (!property.isEmpty() && manager->decrementPropertyUse(property) == 0 && !buffer->node->disconnected)
+                manager->setProperty<bool>(buffer->node, property, false);
+        }
+        if (ZerlaneViewer* window = ZerlaneViewer::existingInstance())
+            window->onViewClosed(buffer);
+    }
+    event->accept();
+    QMdiSubWindow::closeEvent(event);
+}

@@ -1,0 +1,155 @@
+#pragma once
+
+#include "views/AxisMesh.h"
+#include "views/BufferTexture.h"
+#include "views/ViewCamera.h"
+
+#include <QMetaObject>
+#include <QOpenGLWidget>
+#include <QPoint>
+#include <QSize>
+
+class BufferData;
+class CameraManager;
+
+// The OpenGL view of one buffer. Flat images (colour, phase, confidence, depth, standard deviation,
+// combined, audio) are one textured rectangle that fills the widget, with the ROI, the audio marker
+// and a cross-hair drawn over it; point data (vertices, UV, and depth maps delivered as three planes)
+// is a 3D scene seen through a camera that the mouse moves.
+//
+// Painting reads the buffer's read slot while holding the camera manager's buffers lock and then the
+// buffer's data mutex. The widget never owns the buffer. GL resources are freed when the context goes
+// away (re-parenting may give the widget a new one) and made again on the next initializeGL or paint.
+//
+// What a paint shows:
+//  - nothing (the disabled flag);
+//  - opaque red when the read slot holds no pixel data: the writer has never filled that slot, which
+//    the buffer tells by the slot's sizeChanged flag still being set (the writer clears it when it
+//    first fills the slot's image). Right after the first sample the read slot is
+//    the one not yet written, so a view turns from red to the picture with the second sample;
+//  - mid grey while streaming is stopped, for a standard-deviation buffer whose node has no ROI (this
+//    case comes first: such a buffer never receives data, and grey says "nothing selected"), or when
+//    the slot's image has no pixels (width or height 0, not checked for audio);
+//  - otherwise the picture, or in 3D the scene (background and axes only while the slot has no data).
+//
+// Mouse: in flat views presses, releases and double clicks are left unaccepted, so that the view
+// around the widget may handle them (ROI selection); moves are tracked without a button held.
+class DisplayWidget : public QOpenGLWidget {
+    Q_OBJECT
+public:
+    explicit DisplayWidget(QWidget* parent = nullptr);
+    ~DisplayWidget() override;
+
+    // Stores the buffer (not owned), clears textureAllocated/uploaded of both slots' images, decides
+    // is3D and the unit scale. May be called again with the same buffer.
+    void setBuffer(BufferData* buffer);
+    BufferData* buffer() const { return m_buffer; }
+    bool is3D() const { return m_is3D; }
+    float unitScale() const { return m_unitScale; }
+
+    void setDisabled(bool disabled) { m_disabled = disabled; }
+    bool isDisabled() const { return m_disabled; }
+    void setMirror(bool mirror);
+    bool mirror() const { return m_mirror; }
+    // Full reload on the next paint (both slots uploaded again); the camera mouse handlers do nothing
+    // until that paint.
+    void setReload(bool reload) { m_reload = reload; }
+    bool reload() const { return m_reload; }
+    int repaintCount() const { return m_repaintCount; }
+    void clearRepaintCount() { m_repaintCount = 0; }
+    int uploadCount() const { return m_uploadCount; }
+    bool borderClamp() const { return m_borderClamp; }
+
+    // The camera (degrees). set* repaints.
+    void setCamera(float x, float y, float z, float distance, float pan, float tilt);
+    void camera(float* x, float* y, float* z, float* distance, float* pan, float* tilt) const;
+    void loadCameraPreset(int preset);
+
+    bool mouseInside() const { return m_mouseInside; }
+    QPoint mousePosition() const { return m_mousePosition; }
+    void setSelecting(bool selecting);
+    bool selecting() const { return m_selecting; }
+
+    static QPoint widgetToImage(QPoint p, QSize widget, QSize image, bool mirror);
+    static QPoint imageToWidget(QPoint p, QSize widget, QSize image, bool mirror);
+    static bool hasExtension(const char* extensions, const char* name);
+    static void eyeFromCamera(float tx, float ty, float tz, float distance, float pan, float tilt, float* ex,
+                              float* ey, float* ez);
+    static void cameraFromEye(float tx, float ty, float tz, float ex, float ey, float ez, float* distance,
+                              float* pan, float* tilt);
+    static int triangles(int mask, int out[2][3]);
+
+signals:
+    void displayed(qint64 displayTime);
+    void pointerChanged();
+
+protected:
+    void initializeGL() override;
+    void resizeGL(int w, int h) override;
+    void paintGL() override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    enum class SlotState { NoData, Idle, Ready };
+
+    void releaseGlResources();
+    void watchContext();
+    void ensureTextures();
+    void forgetUploads();
+    void applyProjection();
+
+    SlotState slotState(CameraManager* manager, int slot) const;
+    static bool hasPixelData(const BufferData* buffer, int slot);
+    static bool isStopped(const CameraManager* manager);
+    static void clearTo(float r, float g, float b);
+
+    // Flat views.
+    bool paintImage(CameraManager* manager);
+    void drawImageQuad(int slot);
+    void drawOverlays(int slot);
+    void drawRoi(int slot);
+    void drawAudioMarker(int slot);
+    void drawCrossHair();
+
+    // 3D views.
+    bool paintScene(CameraManager* manager);
+    void applyViewTransform();
+    void drawPoints(int slot);
+    void drawUv(int slot);
+    bool bindColourImage();
+    void drawAxes();
+    BufferData* nodeBuffer(uint32_t type) const;
+    BufferData* colourBuffer() const;
+    void pickTarget(QPoint position);
+
+    void storePointer(QPoint position);
+
+    BufferData* m_buffer = nullptr;
+    bool m_is3D = false;
+    float m_unitScale = 1.f;
+    bool m_disabled = false;
+    bool m_mirror = false;
+    bool m_reload = false;
+    bool m_borderClamp = false;
+    int m_repaintCount = 0;
+    int m_uploadCount = 0;
+    int m_width = 0;  // widget size in pixels, from resizeGL
+    int m_height = 0;
+
+    BufferTexture m_imageTexture;
+    BufferTexture m_colourTexture; // UV views: the colour camera's image
+    QMetaObject::Connection m_contextConnection;
+    AxisMesh m_axes;
+
+    ViewCamera m_camera;
+    bool m_mouseInside = false;
+    bool m_selecting = false;
+    QPoint m_mousePosition;
+    QPoint m_lastDragPosition;
+};
