@@ -38,6 +38,8 @@ void ViewerMain::showContextError(const QString& text)
 
 int ViewerMain::run(int argc, char** argv)
 {
+    // Sub-windows re-parent their OpenGL views (maximise, rebuild): their contexts must share.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     auto* application = new ViewerApplication(argc, argv);
     const int environmentPort = Zerlane::Utils::EnvironmentVariable("ZERLANE_SERVER_PORT_NUMBER").getIntValue(0);
     if (CommandLine::parse(argc, argv, environmentPort)) {

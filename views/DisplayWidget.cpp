@@ -76,6 +76,13 @@ bool isThreePlaneDepth(BufferData* buffer)
 DisplayWidget::DisplayWidget(QWidget* parent) : QOpenGLWidget(parent)
 {
     setMouseTracking(true);
+    // A new 3D view looks at the scene from the front preset, as a double click brings it back to.
+    m_camera.x = Settings::cameraTargetX(0);
+    m_camera.y = Settings::cameraTargetY(0);
+    m_camera.z = Settings::cameraTargetZ(0);
+    m_camera.distance = Settings::cameraTargetDistance(0);
+    m_camera.pan = Settings::cameraPan(0);
+    m_camera.tilt = Settings::cameraTilt(0);
 }
 
 DisplayWidget::~DisplayWidget()

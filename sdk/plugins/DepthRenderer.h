@@ -47,8 +47,9 @@ public:
 
     DepthNode::NewSampleReceivedData render(const Settings& settings, uint64_t captureTime);
 
-    // Working range of a camera mode (the "range" property) and the distance beyond which the phase wraps.
-    static constexpr float range(CameraMode mode) { return mode == CAMERA_MODE_CLOSE_RANGE ? 1.5f : 4.0f; }
+    // Working range of a camera mode (the "range" property): as far as the phase reaches before it
+    // wraps, so that the whole measurable scene spreads over the depth palette.
+    static constexpr float range(CameraMode mode) { return unambiguousRange(mode); }
     // Modulation at 50 MHz (close) and 20 MHz (long): c / 2f.
     static constexpr float unambiguousRange(CameraMode mode)
     {

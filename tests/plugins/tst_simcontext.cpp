@@ -82,7 +82,7 @@ private slots:
         const DepthNode depth = depthNodeOf(device);
         QVERIFY(depth.isSet());
         QCOMPARE(depth.getType().name(), std::string("ZT-Sim Depth Node"));
-        QCOMPARE(depth.getRange(), 4.0f);
+        QCOMPARE(depth.getRange(), 7.5f);
         QCOMPARE(int(depth.getConfigurations().size()), 28);
         QCOMPARE(depth.getConfiguration().frameFormat, FRAME_FORMAT_VGA);
         // "_noFan" is hidden from the list but found by name.
@@ -161,7 +161,7 @@ private slots:
             DepthNode::Configuration close = depth.getConfiguration();
             close.mode = CAMERA_MODE_CLOSE_RANGE;
             depth.setConfiguration(close);
-            QCOMPARE(depth.getRange(), 1.5f);
+            QCOMPARE(depth.getRange(), 3.0f);
             QTRY_VERIFY_WITH_TIMEOUT([&] {
                 std::lock_guard<std::mutex> l(mutex);
                 return std::find(changed.begin(), changed.end(), "range") != changed.end();

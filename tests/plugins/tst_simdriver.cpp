@@ -190,7 +190,7 @@ private slots:
         QCOMPARE(int(offered.size()), 28); // QVGA at 15/25/30/60, VGA at 15/25/30, x 2 modes x 2 saturations
         const auto current = std::get<DepthNodeConfiguration>(depth->configuration());
         QCOMPARE(current, depthConfiguration(FRAME_FORMAT_VGA, 30, CAMERA_MODE_LONG_RANGE, false));
-        QCOMPARE(depth->range(), 4.0f);
+        QCOMPARE(depth->range(), 7.5f);
         QCOMPARE(int(node(NodeKind::Color)->configurations().size()), 24);
         QCOMPARE(int(node(NodeKind::Audio)->configurations().size()), 4);
         QCOMPARE(std::get<AudioNodeConfiguration>(node(NodeKind::Audio)->configuration()).audioFormat,
@@ -204,8 +204,8 @@ private slots:
         QVERIFY(m_listener->takeReports().empty());
 
         depth->setConfiguration(depthConfiguration(FRAME_FORMAT_QVGA, 60, CAMERA_MODE_CLOSE_RANGE, true));
-        QCOMPARE(depth->range(), 1.5f);
-        QCOMPARE(std::get<float>(depth->getProperty("range")), 1.5f);
+        QCOMPARE(depth->range(), 3.0f);
+        QCOMPARE(std::get<float>(depth->getProperty("range")), 3.0f);
         std::set<std::string> changed;
         for (const auto& report : m_listener->takeReports())
             if (report.what == "propertyChanged")
