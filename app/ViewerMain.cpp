@@ -48,15 +48,25 @@ int ViewerMain::run(int argc, char** argv)
         return 0;
     }
 
-    ZerlaneThread* events = ZerlaneThread::instance();
     try {
-        CameraManager::instance();
+        startProgram(application);
     } catch (const Zerlane::Exception& e) {
         showContextError(contextErrorText(e.getMessage()));
         ZerlaneThread::destroyInstance(); // never started
         delete application;
         return 1;
     }
+    const int result = application->exec();
+
+    shutDown();
+    delete application;
+    return result;
+}
+
+ZerlaneViewer* ViewerMain::startProgram(QApplication* application)
+{
+    ZerlaneThread* events = ZerlaneThread::instance();
+    CameraManager::instance();
     WorkingThread* worker = WorkingThread::instance();
     worker->moveToThread(worker);
     RecordingThread* recorder = RecordingThread::instance();
@@ -73,15 +83,13 @@ int ViewerMain::run(int argc, char** argv)
     worker->start(QThread::InheritPriority);
     recorder->start(QThread::InheritPriority);
     window->show();
-    const int result = application->exec();
-
-    shutDown();
-    delete application;
-    return result;
+    return window;
 }
 
 void ViewerMain::shutDown()
 {
+    if (ZerlaneThread* events = ZerlaneThread::existingInstance())
+        events->on_aboutToQuitApplication(); // nothing more to do when the application quit normally
     ZerlaneThread::destroyInstance();
     ZerlaneViewer::destroyInstance();
     RecordingThread::destroyInstance();

@@ -5,9 +5,19 @@
 #include <string>
 
 // The program from start to end: options, objects, connections, threads, the event loop, shutdown.
+class QApplication;
+class ZerlaneViewer;
+
 class ViewerMain {
 public:
     static int run(int argc, char** argv);
+
+    // Everything after the command line: the camera manager (which opens the context: this throws
+    // Zerlane::Exception when it cannot, leaving nothing started), the threads, the main window, their
+    // connections; then the threads start and the window shows.
+    static ZerlaneViewer* startProgram(QApplication* application);
+    // Ends the service loop if it still runs, then destroys the objects in order.
+    static void shutDown();
 
     // The "Error" dialog's text for a context that could not be opened: the message, capitalised.
     static QString contextErrorText(const std::string& message);
@@ -15,5 +25,4 @@ public:
 private:
     static void showUsage();
     static void showContextError(const QString& text);
-    static void shutDown();
 };

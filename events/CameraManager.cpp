@@ -1,5 +1,6 @@
 #include "events/CameraManager.h"
 
+#include "app/SingletonHolder.h"
 #include "app/StartupOptions.h"
 #include "camera/AudioNodeData.h"
 #include "camera/BufferData.h"
@@ -21,8 +22,7 @@ using Zerlane::Utils::HMLogger;
 
 namespace {
 
-QMutex instanceMutex;
-CameraManager* theInstance = nullptr;
+SingletonHolder<CameraManager> holder;
 
 void log(HMLogger::Level level, const std::string& message)
 {
@@ -53,23 +53,17 @@ struct CameraManager::NodeConfigurations {
 
 CameraManager* CameraManager::instance()
 {
-    QMutexLocker lock(&instanceMutex);
-    if (!theInstance)
-        theInstance = new CameraManager(); // may throw: nothing is kept then
-    return theInstance;
+    return holder.instance([] { return new CameraManager(); });
 }
 
 CameraManager* CameraManager::existingInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    return theInstance;
+    return holder.existing();
 }
 
 void CameraManager::destroyInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    delete theInstance;
-    theInstance = nullptr;
+    holder.destroy();
 }
 
 CameraManager::CameraManager()
@@ -689,37 +683,32 @@ void markConfigurationChanged(NodeData* node)
 
 } // namespace
 
-void CameraManager::setDepthConfiguration(NodeData* node, const Zerlane::DepthNode::Configuration& configuration, bool apply)
+template <class Kind, class Configuration>
+void CameraManager::setConfiguration(NodeData* node, const Configuration& configuration, bool apply,
+                                     Configuration NodeConfigurations::*current)
 {
     if (apply)
-        Zerlane::DepthNode(node->node).setConfiguration(configuration);
+        Kind(node->node).setConfiguration(configuration);
     markConfigurationChanged(node);
-    if (m_mainWindow)
+    if (m_mainWindow) // from the worker: the window re-evaluates its actions on its own thread
         QMetaObject::invokeMethod(m_mainWindow, "updateActions", Qt::QueuedConnection);
     if (NodeConfigurations* stored = configurationsOf(node))
-        stored->depthCurrent = configuration;
+        stored->*current = configuration;
+}
+
+void CameraManager::setDepthConfiguration(NodeData* node, const Zerlane::DepthNode::Configuration& configuration, bool apply)
+{
+    setConfiguration<Zerlane::DepthNode>(node, configuration, apply, &NodeConfigurations::depthCurrent);
 }
 
 void CameraManager::setColorConfiguration(NodeData* node, const Zerlane::ColorNode::Configuration& configuration, bool apply)
 {
-    if (apply)
-        Zerlane::ColorNode(node->node).setConfiguration(configuration);
-    markConfigurationChanged(node);
-    if (m_mainWindow)
-        QMetaObject::invokeMethod(m_mainWindow, "updateActions", Qt::QueuedConnection);
-    if (NodeConfigurations* stored = configurationsOf(node))
-        stored->colorCurrent = configuration;
+    setConfiguration<Zerlane::ColorNode>(node, configuration, apply, &NodeConfigurations::colorCurrent);
 }
 
 void CameraManager::setAudioConfiguration(NodeData* node, const Zerlane::AudioNode::Configuration& configuration, bool apply)
 {
-    if (apply)
-        Zerlane::AudioNode(node->node).setConfiguration(configuration);
-    markConfigurationChanged(node);
-    if (m_mainWindow)
-        QMetaObject::invokeMethod(m_mainWindow, "updateActions", Qt::QueuedConnection);
-    if (NodeConfigurations* stored = configurationsOf(node))
-        stored->audioCurrent = configuration;
+    setConfiguration<Zerlane::AudioNode>(node, configuration, apply, &NodeConfigurations::audioCurrent);
 }
 
 void CameraManager::storeReportedConfiguration(NodeData* node)

@@ -10,6 +10,8 @@
 #include <memory>
 #include <vector>
 
+template <class T>
+class SingletonHolder;
 class AudioNodeData;
 class BufferData;
 class ColorNodeData;
@@ -115,6 +117,7 @@ public:
     int decrementPropertyUse(const QString& name);
 
 private:
+    friend class SingletonHolder<CameraManager>;
     CameraManager();
     ~CameraManager();
 
@@ -124,7 +127,10 @@ private:
     void insertIntoTree(NodeData* node);
     NodeData* buildNodeRecord(const Zerlane::Device& device, const Zerlane::Node& node, DeviceData* deviceRecord);
     void createBuffers(NodeData* node);
-    void updateMainWindowActions() const;
+    struct NodeConfigurations;
+    template <class Kind, class Configuration>
+    void setConfiguration(NodeData* node, const Configuration& configuration, bool apply,
+                          Configuration NodeConfigurations::*current);
 
     mutable QRecursiveMutex m_mutex;
     QMutex m_buffersMutex;
@@ -142,7 +148,6 @@ private:
 
     // Configuration lists and current configurations read at discovery, owned here and pointed to by
     // the node records.
-    struct NodeConfigurations;
     std::vector<std::unique_ptr<NodeConfigurations>> m_configurations;
     NodeConfigurations* configurationsOf(const NodeData* node) const;
 };

@@ -1,5 +1,6 @@
 #include "events/ZerlaneThread.h"
 
+#include "app/SingletonHolder.h"
 #include "app/YuvConverter.h"
 #include "camera/AudioNodeData.h"
 #include "camera/BufferData.h"
@@ -22,8 +23,7 @@ using Zerlane::Utils::HMLogger;
 
 namespace {
 
-QMutex instanceMutex;
-ZerlaneThread* theInstance = nullptr;
+SingletonHolder<ZerlaneThread> holder;
 
 // What one depth buffer is filled from: the map's bytes and, for the image, how to read them.
 struct DepthSource {
@@ -114,23 +114,17 @@ void stampSlot(BufferData* buffer, int slot, const Sample& sample, quint64 event
 
 ZerlaneThread* ZerlaneThread::instance()
 {
-    QMutexLocker lock(&instanceMutex);
-    if (!theInstance)
-        theInstance = new ZerlaneThread();
-    return theInstance;
+    return holder.instance([] { return new ZerlaneThread(); });
 }
 
 ZerlaneThread* ZerlaneThread::existingInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    return theInstance;
+    return holder.existing();
 }
 
 void ZerlaneThread::destroyInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    delete theInstance;
-    theInstance = nullptr;
+    holder.destroy();
 }
 
 ZerlaneThread::ZerlaneThread()
@@ -269,13 +263,13 @@ void ZerlaneThread::unbindSamples(NodeData* node)
 
 // ---- Service events ------------------------------------------------------------------------------
 
-void ZerlaneThread::onClientConnected(Zerlane::Context, Zerlane::Context::ClientData_p data)
+void ZerlaneThread::reportClient(const char* format, const Zerlane::Context::ClientData_p& client)
 {
-    const QString text = QString("%1 (PID=%2) connected from %3:%4")
-                             .arg(QString::fromStdString(data.name))
-                             .arg(data.pid)
-                             .arg(QString::fromStdString(data.address))
-                             .arg(data.port);
+    const QString text = QString(format)
+                             .arg(QString::fromStdString(client.name))
+                             .arg(client.pid)
+                             .arg(QString::fromStdString(client.address))
+                             .arg(client.port);
     if (HMLogger* logger = HMLogger::instance()) {
         logger->info(text.toStdString());
         logger->release();
@@ -283,18 +277,14 @@ void ZerlaneThread::onClientConnected(Zerlane::Context, Zerlane::Context::Client
     emit setStatusMessage(text, 5000);
 }
 
+void ZerlaneThread::onClientConnected(Zerlane::Context, Zerlane::Context::ClientData_p data)
+{
+    reportClient("%1 (PID=%2) connected from %3:%4", data);
+}
+
 void ZerlaneThread::onClientDisconnected(Zerlane::Context, Zerlane::Context::ClientData_p data)
 {
-    const QString text = QString("%1 (PID=%2) disconnected from server (Old address : %3:%4)")
-                             .arg(QString::fromStdString(data.name))
-                             .arg(data.pid)
-                             .arg(QString::fromStdString(data.address))
-                             .arg(data.port);
-    if (HMLogger* logger = HMLogger::instance()) {
-        logger->info(text.toStdString());
-        logger->release();
-    }
-    emit setStatusMessage(text, 5000);
+    reportClient("%1 (PID=%2) disconnected from server (Old address : %3:%4)", data);
 }
 
 void ZerlaneThread::onDeviceAdded(Zerlane::Context, Zerlane::Context::DeviceAddedData data)

@@ -77,6 +77,8 @@ private:
     void finishRun();
     void bindDeviceEvents(Zerlane::Device device, bool withPropertyEvents);
     void bindNodeProperties(Zerlane::Node node);
+    // Logs another client's arrival or departure and shows it in the status bar.
+    void reportClient(const char* format, const Zerlane::Context::ClientData_p& client);
     // Common start of the sample handlers: the node's record with a reference taken, or null when the
     // sample is not taken (unknown node, not streaming).
     NodeData* takeSample(const Zerlane::Node& node, quint64 timeOfCapture, quint64 timeOfArrival, quint64* eventTime);

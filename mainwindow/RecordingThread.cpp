@@ -1,34 +1,28 @@
 #include "mainwindow/RecordingThread.h"
 
+#include "app/SingletonHolder.h"
 #include <QMutex>
 #include <QMutexLocker>
 
 namespace {
 
-QMutex instanceMutex;
-RecordingThread* theInstance = nullptr;
+SingletonHolder<RecordingThread> holder;
 
 } // namespace
 
 RecordingThread* RecordingThread::instance()
 {
-    QMutexLocker lock(&instanceMutex);
-    if (!theInstance)
-        theInstance = new RecordingThread();
-    return theInstance;
+    return holder.instance([] { return new RecordingThread(); });
 }
 
 RecordingThread* RecordingThread::existingInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    return theInstance;
+    return holder.existing();
 }
 
 void RecordingThread::destroyInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    delete theInstance;
-    theInstance = nullptr;
+    holder.destroy();
 }
 
 RecordingThread::RecordingThread() = default;

@@ -1,5 +1,6 @@
 #include "mainwindow/ZerlaneViewer.h"
 
+#include "app/SingletonHolder.h"
 #include "ui_ZerlaneViewer.h"
 
 #include "app/StartupOptions.h"
@@ -29,9 +30,7 @@ using Zerlane::Utils::HMLogger;
 
 namespace {
 
-// Recursive: building the window selects in the tree, which asks for the (not yet existing) instance.
-QRecursiveMutex instanceMutex;
-ZerlaneViewer* theInstance = nullptr;
+SingletonHolder<ZerlaneViewer> holder;
 
 void logWarning(const std::string& message)
 {
@@ -52,27 +51,17 @@ bool isConfigurationProperty(const Zerlane::PropertyBase& property)
 
 ZerlaneViewer* ZerlaneViewer::instance()
 {
-    QMutexLocker lock(&instanceMutex);
-    if (!theInstance)
-        theInstance = new ZerlaneViewer();
-    return theInstance;
+    return holder.instance([] { return new ZerlaneViewer(); });
 }
 
 ZerlaneViewer* ZerlaneViewer::existingInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    return theInstance;
+    return holder.existing();
 }
 
 void ZerlaneViewer::destroyInstance()
 {
-    ZerlaneViewer* window = nullptr;
-    {
-        QMutexLocker lock(&instanceMutex);
-        window = theInstance;
-        theInstance = nullptr;
-    }
-    delete window;
+    holder.destroy();
 }
 
 ZerlaneViewer::ZerlaneViewer()
@@ -432,6 +421,8 @@ void ZerlaneViewer::showFrame(BufferData* buffer, BufferDisplayWidget* view)
     {
         QMutexLocker lock(&buffer->dataMutex);
         const int slot = buffer->readSlot();
+        if (buffer->timeOfArrival[slot] == 0)
+            return; // right after the first sample the reader's slot has not been written yet
         view->setTimeOfCapture(manager->relativeTime(buffer->timeOfCapture[slot]));
         view->setTimeOfArrival(manager->relativeTime(buffer->timeOfArrival[slot]));
         view->setTimeOfEvent(manager->relativeTime(buffer->timeOfEvent[slot]));

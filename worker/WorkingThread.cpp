@@ -1,35 +1,29 @@
 #include "worker/WorkingThread.h"
 
+#include "app/SingletonHolder.h"
 #include "events/CameraManager.h"
 
 #include <QMutexLocker>
 
 namespace {
 
-QMutex instanceMutex;
-WorkingThread* theInstance = nullptr;
+SingletonHolder<WorkingThread> holder;
 
 } // namespace
 
 WorkingThread* WorkingThread::instance()
 {
-    QMutexLocker lock(&instanceMutex);
-    if (!theInstance)
-        theInstance = new WorkingThread();
-    return theInstance;
+    return holder.instance([] { return new WorkingThread(); });
 }
 
 WorkingThread* WorkingThread::existingInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    return theInstance;
+    return holder.existing();
 }
 
 void WorkingThread::destroyInstance()
 {
-    QMutexLocker lock(&instanceMutex);
-    delete theInstance;
-    theInstance = nullptr;
+    holder.destroy();
 }
 
 WorkingThread::WorkingThread() = default;

@@ -3,7 +3,7 @@
 // measured one after the other in the same run. Prints both as a share of one core and the difference.
 
 #include "app/StartupOptions.h"
-#include "app/Wiring.h"
+#include "app/ViewerMain.h"
 #include "camera/NodeData.h"
 #include "events/CameraManager.h"
 #include "events/ZerlaneThread.h"
@@ -72,21 +72,8 @@ double libraryOnly(double seconds)
 
 double wholeViewer(double seconds)
 {
-    ZerlaneThread* events = ZerlaneThread::instance();
+    ZerlaneViewer* window = ViewerMain::startProgram(qApp);
     CameraManager* manager = CameraManager::instance();
-    WorkingThread* worker = WorkingThread::instance();
-    worker->moveToThread(worker);
-    RecordingThread* recorder = RecordingThread::instance();
-    recorder->moveToThread(recorder);
-    ZerlaneViewer* window = ZerlaneViewer::instance();
-    manager->setMainWindow(window);
-    manager->setWorkingThread(worker);
-    Wiring::registerMetaTypes();
-    Wiring::connectAll(qApp, events, worker, recorder, window);
-    events->start();
-    worker->start();
-    recorder->start();
-    window->show();
     pumpEvents(1.0);
     for (NodeData* node : manager->nodes())
         manager->registerNode(node, true);
@@ -95,13 +82,7 @@ double wholeViewer(double seconds)
     const double share = coreShare(seconds, pumpEvents);
     emit window->stopStreaming();
     pumpEvents(0.5);
-    events->on_aboutToQuitApplication();
-    ZerlaneThread::destroyInstance();
-    ZerlaneViewer::destroyInstance();
-    RecordingThread::destroyInstance();
-    WorkingThread::destroyInstance();
-    CameraManager::destroyInstance();
-    PostponedCalls::destroyInstance();
+    ViewerMain::shutDown();
     return share;
 }
 

@@ -1,5 +1,6 @@
 // The program's connection table, with the real objects it connects.
 
+#include "app/ViewerMain.h"
 #include "app/Wiring.h"
 #include "events/CameraManager.h"
 #include "events/ZerlaneThread.h"
@@ -51,12 +52,7 @@ private slots:
         // The window answers the forced stop with its warning.
         QCOMPARE(boxes.texts, QStringList{"Recording must be stopped: too much delay in frames recording"});
 
-        ZerlaneThread::destroyInstance();
-        ZerlaneViewer::destroyInstance();
-        RecordingThread::destroyInstance();
-        WorkingThread::destroyInstance();
-        CameraManager::destroyInstance();
-        PostponedCalls::destroyInstance();
+        ViewerMain::shutDown();
     }
 };
 

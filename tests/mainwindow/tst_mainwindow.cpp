@@ -1,7 +1,7 @@
 // The running program in this process: threads, connections, the simulated camera, the tree, the
 // register/control actions, streaming states, hot-plug and the loss of the camera service.
 
-#include "app/Wiring.h"
+#include "app/ViewerMain.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
@@ -27,34 +27,15 @@ private slots:
     {
         ViewerTest::isolateSettings();
         ViewerTest::useSteppedSimulator();
+        window = ViewerMain::startProgram(qApp);
         events = ZerlaneThread::instance();
-        CameraManager::instance();
-        WorkingThread* worker = WorkingThread::instance();
-        worker->moveToThread(worker);
-        RecordingThread* recorder = RecordingThread::instance();
-        recorder->moveToThread(recorder);
-        window = ZerlaneViewer::instance();
-        CameraManager::instance()->setMainWindow(window);
-        CameraManager::instance()->setWorkingThread(worker);
-        Wiring::registerMetaTypes();
-        Wiring::connectAll(qApp, events, worker, recorder, window);
-        events->start();
-        worker->start();
-        recorder->start();
-        window->show();
         model = window->treeModel();
         QVERIFY(ViewerTest::waitFor([this] { return model->rowCount() == 1 && model->rowCount(model->index(0, 0)) == 3; }));
     }
 
     void cleanupTestCase()
     {
-        events->on_aboutToQuitApplication();
-        ZerlaneThread::destroyInstance();
-        ZerlaneViewer::destroyInstance();
-        RecordingThread::destroyInstance();
-        WorkingThread::destroyInstance();
-        CameraManager::destroyInstance();
-        PostponedCalls::destroyInstance();
+        ViewerMain::shutDown();
     }
 
     void showsTheCameraWithItsNodesAndBuffers()

@@ -12,42 +12,16 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include "support/LogRecorder.h"
+
 #include <mutex>
 #include <vector>
 
 namespace {
 
-// Collects the warnings of the library log while it lives.
-class LogCapture {
-public:
-    LogCapture()
-    {
-        m_logger = Zerlane::Utils::HMLogger::instance();
-        m_logger->setEchoToStderr(false);
-        m_id = m_logger->addListener([this](Zerlane::Utils::HMLogger::Level level, const std::string& message) {
-            if (level == Zerlane::Utils::HMLogger::Warning) {
-                std::lock_guard<std::mutex> lock(m_mutex);
-                m_warnings << QString::fromStdString(message);
-            }
-        });
-    }
-    ~LogCapture()
-    {
-        m_logger->removeListener(m_id);
-        m_logger->setEchoToStderr(true);
-        m_logger->release();
-    }
-    QStringList warnings()
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return m_warnings;
-    }
-
-private:
-    Zerlane::Utils::HMLogger* m_logger;
-    int m_id;
-    std::mutex m_mutex;
-    QStringList m_warnings;
+// The library log, quiet while a test expects warnings.
+struct LogCapture : ViewerTest::LogRecorder {
+    LogCapture() : LogRecorder(true) {}
 };
 
 using PalettePtr = std::unique_ptr<DepthPalette>;

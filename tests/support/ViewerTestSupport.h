@@ -4,6 +4,7 @@
 // context, waiting on the event loop, and recording message boxes and log lines.
 
 #include "app/StartupOptions.h"
+#include "support/LogRecorder.h"
 
 #include "Zerlane/Zerlane.h"
 #include "Zerlane/sim/SimulatorControl.h"
@@ -85,43 +86,6 @@ public:
 
 private:
     QTimer m_timer;
-};
-
-// Collects what the camera library's logger is given, with the level's name in front.
-class LogRecorder {
-public:
-    LogRecorder()
-    {
-        m_logger = Zerlane::Utils::HMLogger::instance();
-        m_id = m_logger->addListener([this](Zerlane::Utils::HMLogger::Level level, const std::string& text) {
-            std::lock_guard<std::mutex> lock(m_mutex);
-            m_lines << QString::fromStdString(Zerlane::Utils::HMLogger::levelName(level) + ": " + text);
-        });
-    }
-    ~LogRecorder()
-    {
-        m_logger->removeListener(m_id);
-        m_logger->release();
-    }
-    QStringList lines() const
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return m_lines;
-    }
-    bool contains(const QString& text) const
-    {
-        for (const QString& line : lines()) {
-            if (line.contains(text))
-                return true;
-        }
-        return false;
-    }
-
-private:
-    Zerlane::Utils::HMLogger* m_logger = nullptr;
-    int m_id = 0;
-    mutable std::mutex m_mutex;
-    QStringList m_lines;
 };
 
 } // namespace ViewerTest

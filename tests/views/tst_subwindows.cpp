@@ -3,7 +3,7 @@
 // stepped simulated camera.
 
 #include "app/TextUtils.h"
-#include "app/Wiring.h"
+#include "app/ViewerMain.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
@@ -33,22 +33,9 @@ private slots:
     {
         ViewerTest::isolateSettings();
         ViewerTest::useSteppedSimulator();
+        window = ViewerMain::startProgram(qApp);
         events = ZerlaneThread::instance();
-        CameraManager::instance();
-        WorkingThread* worker = WorkingThread::instance();
-        worker->moveToThread(worker);
-        RecordingThread* recorder = RecordingThread::instance();
-        recorder->moveToThread(recorder);
-        window = ZerlaneViewer::instance();
-        CameraManager::instance()->setMainWindow(window);
-        CameraManager::instance()->setWorkingThread(worker);
-        Wiring::registerMetaTypes();
-        Wiring::connectAll(qApp, events, worker, recorder, window);
-        events->start();
-        worker->start();
-        recorder->start();
         window->resize(1400, 900);
-        window->show();
         QVERIFY(ViewerTest::waitFor([this] { return CameraManager::instance()->nodes().size() == 3; }));
         for (NodeData* node : CameraManager::instance()->nodes()) {
             if (node->node.is<Zerlane::DepthNode>())
@@ -60,13 +47,7 @@ private slots:
     void cleanupTestCase()
     {
         window->mdiArea()->closeAllSubWindows();
-        events->on_aboutToQuitApplication();
-        ZerlaneThread::destroyInstance();
-        ZerlaneViewer::destroyInstance();
-        RecordingThread::destroyInstance();
-        WorkingThread::destroyInstance();
-        CameraManager::destroyInstance();
-        PostponedCalls::destroyInstance();
+        ViewerMain::shutDown();
     }
 
     void titleNamesBufferModelAndSerial()
@@ -209,7 +190,8 @@ private slots:
         auto* view = qobject_cast<BufferDisplayWidget*>(sub->widget());
         const std::string serial = depth->device->device.getSerialNumber();
         Zerlane::Sim::Control::removeCamera(serial);
-        QVERIFY(ViewerTest::waitFor([&] { return depth->disconnected; }));
+        // The camera's nodes leave first, then the camera itself: both are kept while the view is open.
+        QVERIFY(ViewerTest::waitFor([&] { return depth->disconnected && depth->device->disconnected; }));
         QCOMPARE(window->treeModel()->rowCount(), 1);
         QCOMPARE(view->interactiveInfo(), QString("Not streaming"));
         sub->close();
