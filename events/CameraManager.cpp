@@ -553,16 +553,30 @@ void CameraManager::registerDevice(DeviceData* device, bool doRegister)
         m_mainWindow->updateDeviceRegisterAction(device->registered);
 }
 
+template <class Handle>
+bool CameraManager::changeControl(const Handle& handle, bool& controlled, bool request)
+{
+    // Asking for what is held already (or releasing what is not) calls nothing.
+    try {
+        if (request && !controlled) {
+            m_context.requestControl(handle, 0);
+            controlled = true;
+        } else if (!request && controlled) {
+            m_context.releaseControl(handle);
+            controlled = false;
+        }
+        return true;
+    } catch (const Zerlane::TimeoutException&) {
+        ZRMessageBox::warning("Another application has already\nclaimed control over this device.");
+    } catch (const Zerlane::Exception& e) {
+        log(HMLogger::Error, Format("Could not % control: %") % (request ? "request" : "release") % e.getMessage());
+    }
+    return false;
+}
+
 void CameraManager::controlDevice(DeviceData* device, bool request)
 {
-    try {
-        if (request && !device->controlled) {
-            m_context.requestControl(device->device, 0);
-            device->controlled = true;
-        } else if (!request && device->controlled) {
-            m_context.releaseControl(device->device);
-            device->controlled = false;
-        }
+    if (changeControl(device->device, device->controlled, request)) {
         refreshRow(device);
         QMutexLocker lock(&m_mutex);
         for (NodeData* node : m_nodes) {
@@ -571,10 +585,6 @@ void CameraManager::controlDevice(DeviceData* device, bool request)
                 refreshRow(node);
             }
         }
-    } catch (const Zerlane::TimeoutException&) {
-        ZRMessageBox::warning("Another application has already\nclaimed control over this device.");
-    } catch (const Zerlane::Exception& e) {
-        log(HMLogger::Error, Format("Could not % control: %") % (request ? "request" : "release") % e.getMessage());
     }
     if (m_mainWindow)
         m_mainWindow->updateDeviceControlAction(device->controlled);
@@ -582,20 +592,8 @@ void CameraManager::controlDevice(DeviceData* device, bool request)
 
 void CameraManager::controlNode(NodeData* node, bool request)
 {
-    try {
-        if (request && !node->controlled) {
-            m_context.requestControl(node->node, 0);
-            node->controlled = true;
-        } else if (!request && node->controlled) {
-            m_context.releaseControl(node->node);
-            node->controlled = false;
-        }
+    if (changeControl(node->node, node->controlled, request))
         refreshRow(node);
-    } catch (const Zerlane::TimeoutException&) {
-        ZRMessageBox::warning("Another application has already\nclaimed control over this device.");
-    } catch (const Zerlane::Exception& e) {
-        log(HMLogger::Error, Format("Could not % control: %") % (request ? "request" : "release") % e.getMessage());
-    }
     if (m_mainWindow)
         m_mainWindow->updateNodeControlAction(node->controlled);
 }

@@ -127,6 +127,9 @@ private:
     void insertIntoTree(NodeData* node);
     NodeData* buildNodeRecord(const Zerlane::Device& device, const Zerlane::Node& node, DeviceData* deviceRecord);
     void createBuffers(NodeData* node);
+    // Requests or releases control of a device or node; false (after reporting why) when refused.
+    template <class Handle>
+    bool changeControl(const Handle& handle, bool& controlled, bool request);
     struct NodeConfigurations;
     template <class Kind, class Configuration>
     void setConfiguration(NodeData* node, const Configuration& configuration, bool apply,
