@@ -1,11 +1,15 @@
 // Cost of one sample of the simulated ToF camera, made synchronously (stepped mode, one thread), against
-// a baseline measured in the same run: memcpy of as many bytes as the sample carries.
+// a baseline measured in the same run: memcpy of as many bytes as the sample carries. The depth renderer is
+// also measured on its own over a sweep of capture times, since the moving objects' cost depends on them.
 #include "Zerlane/plugin/Driver.h"
 #include "Zerlane/plugin/SampleSink.h"
 #include "Zerlane/sim/SimulatorControl.h"
+#include "sdk/plugins/DepthRenderer.h"
+#include "sdk/plugins/Scene.h"
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -117,6 +121,62 @@ void BM_DepthVgaAllMaps(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(VgaPixels * DepthBytesPerPixel));
 }
 
+sim::DepthRenderer::Settings allDepthMaps()
+{
+    sim::DepthRenderer::Settings settings;
+    settings.configuration.frameFormat = FRAME_FORMAT_VGA;
+    settings.configuration.frameRate = 30;
+    settings.configuration.mode = CAMERA_MODE_LONG_RANGE;
+    settings.phaseMap = settings.confidenceMap = settings.depthMap = settings.depthMapFloatingPoint = true;
+    settings.vertices = settings.verticesFloatingPoint = settings.uvMap = true;
+    return settings;
+}
+
+void renderAt(benchmark::State& state, uint64_t captureTime)
+{
+    sim::DepthRenderer renderer(1);
+    const sim::DepthRenderer::Settings settings = allDepthMaps();
+    renderer.render(settings, captureTime); // builds the per-resolution caches
+    for (auto _ : state) {
+        const DepthNode::NewSampleReceivedData sample = renderer.render(settings, captureTime);
+        benchmark::DoNotOptimize(sample.depthMap.data());
+    }
+    state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(VgaPixels * DepthBytesPerPixel));
+}
+
+// The renderer alone at a fixed capture time (the argument, in ms): the moving objects cost more where they
+// cover more pixels, so the sweep over times shows the best and the worst case.
+void BM_DepthVgaAllMapsAt(benchmark::State& state)
+{
+    renderAt(state, uint64_t(state.range(0)) * 1000);
+}
+
+// The capture time (microseconds) within the first two minutes at which the moving objects' screen
+// rectangles cover the most pixels: the ray casts' worst case.
+uint64_t busiestCaptureTime()
+{
+    const sim::PinholeCamera camera = sim::PinholeCamera::depth(640, 480);
+    uint64_t busiest = 0;
+    int mostPixels = -1;
+    for (uint64_t time = 0; time < 120'000'000; time += 5'000) {
+        int pixels = 0;
+        for (const sim::ScreenRect& rect : sim::Scene(double(time) * 1e-6).movingRects(camera))
+            pixels += rect.area();
+        if (pixels > mostPixels) {
+            mostPixels = pixels;
+            busiest = time;
+        }
+    }
+    return busiest;
+}
+
+void BM_DepthVgaAllMapsBusiest(benchmark::State& state)
+{
+    static const uint64_t time = busiestCaptureTime();
+    state.SetLabel("t = " + std::to_string(time / 1000) + " ms");
+    renderAt(state, time);
+}
+
 void colorHd720(benchmark::State& state, CompressionType compression)
 {
     SteppedNode color(NodeKind::Color);
@@ -151,6 +211,8 @@ void BM_ColorHd720Bgr(benchmark::State& state)
 
 BENCHMARK(BM_MemcpyDepthVgaAllMaps)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DepthVgaAllMaps)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DepthVgaAllMapsAt)->DenseRange(0, 11500, 500)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DepthVgaAllMapsBusiest)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MemcpyColorHd720Yuy2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ColorHd720Yuy2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MemcpyColorHd720Bgr)->Unit(benchmark::kMillisecond);
@@ -179,6 +241,27 @@ public:
     }
 };
 
+// Best and worst of the renderer over the sweep of capture times (the busiest time included).
+void printSweep(const std::map<std::string, RatioReporter::Times>& ms)
+{
+    const std::string prefix = "BM_DepthVgaAllMaps";
+    const std::pair<const std::string, RatioReporter::Times>* best = nullptr;
+    const std::pair<const std::string, RatioReporter::Times>* worst = nullptr;
+    for (const auto& entry : ms) {
+        const std::string& name = entry.first;
+        if (name.rfind(prefix + "At/", 0) != 0 && name != prefix + "Busiest")
+            continue;
+        if (!best || entry.second.cpuMs < best->second.cpuMs)
+            best = &entry;
+        if (!worst || entry.second.cpuMs > worst->second.cpuMs)
+            worst = &entry;
+    }
+    if (!best)
+        return;
+    std::printf("  sweep of capture times: best cpu %.3f ms (%s), worst cpu %.3f ms (%s)\n", best->second.cpuMs,
+                best->first.c_str() + prefix.size(), worst->second.cpuMs, worst->first.c_str() + prefix.size());
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -206,5 +289,6 @@ int main(int argc, char** argv)
         std::printf("  %-20s real %7.3f ms = %5.1f x memcpy (%.3f ms) | cpu %7.3f ms = %5.1f x memcpy (%.3f ms)\n",
                     measured, m.realMs, m.realMs / b.realMs, b.realMs, m.cpuMs, m.cpuMs / b.cpuMs, b.cpuMs);
     }
+    printSweep(ms);
     return 0;
 }

@@ -72,10 +72,11 @@ private:
     void restoreDirtyRects();
     void renderMovingObjects(const Scene& scene);
     void markKamikazePixels();
-    float signalFactor(const SceneHit& hit, int index) const;
+    float signalFactor(const SceneHit& hit, const Vec3& ray, std::size_t index) const;
     void writeMaps(const Settings& settings, const Outputs& out);
-    // One row in two steps: measure every pixel into the row scratch, then write each map in a plain loop.
-    void measureRow(int y, const Settings& settings, int16_t* confidence, FastRandom& random);
+    // One row in two steps: measure every pixel into the row scratch, then write each map in a plain loop;
+    // both are branch-free per pixel so that the compiler vectorises them.
+    void measureRow(int y, const Settings& settings, int16_t* __restrict confidence, FastRandom& random);
     void writeRow(int y, const Settings& settings, const Outputs& out) const;
     Acceleration measureGravity();
 
@@ -87,14 +88,15 @@ private:
     std::vector<float> m_vignette;            // relative illumination per pixel
     std::vector<float> m_staticZ, m_staticSignal, m_staticNoise;
     std::vector<float> m_workZ, m_workSignal, m_workNoise; // noise: 1 / sqrt(signal factor)
-    std::vector<uint8_t> m_workTag;           // object id, KamikazeTag when flagged
+    std::vector<uint32_t> m_workTag;          // object id, KamikazeTag when flagged (as wide as the floats)
     std::vector<ScreenRect> m_dirty;          // pixels that differ from the static cache
     std::vector<float> m_columnU, m_rowV;     // UV of a point at infinity; u shifts by -m_uParallax / z
     float m_uParallax = 0.f;
 
     std::vector<float> m_rowZ;        // measured z per pixel of the row, 0 where invalid
     std::vector<float> m_rowDistance; // measured distance along the ray
-    std::vector<uint8_t> m_rowCode;   // Code per pixel of the row
+    std::vector<int32_t> m_rowCode;   // Code per pixel of the row (as wide as the floats, so loops vectorise)
+    std::vector<int16_t> m_rowConfidence; // where the confidence goes when its map is off
 
     FastRandom m_random;
     BlockPool m_pool;

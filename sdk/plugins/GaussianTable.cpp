@@ -1,6 +1,8 @@
 #include "GaussianTable.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Zerlane::sim {
 
@@ -25,6 +27,19 @@ GaussianTable::GaussianTable()
     const int n = int(m_values.size());
     for (int i = 0; i < n; ++i)
         m_values[i] = float(normalQuantile((i + 0.5) / n));
+    buildSequence();
+}
+
+void GaussianTable::buildSequence()
+{
+    // Every quantile equally often, in an order shuffled by a fixed seed: the same sequence in every run.
+    m_sequence.resize(SequenceStarts + MaxRun);
+    for (std::size_t i = 0; i < SequenceStarts; ++i)
+        m_sequence[i] = m_values[i % m_values.size()];
+    FastRandom shuffle(0x2545f491u);
+    for (std::size_t i = SequenceStarts - 1; i > 0; --i)
+        std::swap(m_sequence[i], m_sequence[shuffle.next() % (i + 1)]);
+    std::copy(m_sequence.begin(), m_sequence.begin() + MaxRun, m_sequence.begin() + SequenceStarts);
 }
 
 const GaussianTable& GaussianTable::instance()

@@ -56,37 +56,29 @@ bool raySphere(const Vec3& origin, const Vec3& direction, const Vec3& center, fl
 }
 
 // Entry of a ray into an axis-aligned box seen from outside; axis is the face's axis, sign its side.
+// Moving boxes are traced per pixel: one slab per axis, without loops over arrays.
 bool rayBox(const Vec3& origin, const Vec3& direction, const Vec3& lo, const Vec3& hi, float& t, int& axis,
             float& sign)
 {
-    const float o[3] = {origin.x, origin.y, origin.z};
-    const float d[3] = {direction.x, direction.y, direction.z};
-    const float l[3] = {lo.x, lo.y, lo.z};
-    const float h[3] = {hi.x, hi.y, hi.z};
     float tNear = -std::numeric_limits<float>::max();
     float tFar = std::numeric_limits<float>::max();
-    for (int i = 0; i < 3; ++i) {
-        if (std::fabs(d[i]) < 1e-12f) {
-            if (o[i] < l[i] || o[i] > h[i])
-                return false;
-            continue;
-        }
-        float t0 = (l[i] - o[i]) / d[i];
-        float t1 = (h[i] - o[i]) / d[i];
-        float s = -1.f;
-        if (t0 > t1) {
-            std::swap(t0, t1);
-            s = 1.f;
-        }
-        if (t0 > tNear) {
-            tNear = t0;
+    auto slab = [&](float o, float d, float l, float h, int i) {
+        if (std::fabs(d) < 1e-12f)
+            return o >= l && o <= h;
+        const float t0 = (l - o) / d;
+        const float t1 = (h - o) / d;
+        const float enter = std::min(t0, t1);
+        if (enter > tNear) {
+            tNear = enter;
             axis = i;
-            sign = s;
+            sign = t0 > t1 ? 1.f : -1.f;
         }
-        tFar = std::min(tFar, t1);
-        if (tNear > tFar)
-            return false;
-    }
+        tFar = std::min(tFar, std::max(t0, t1));
+        return tNear <= tFar;
+    };
+    if (!slab(origin.x, direction.x, lo.x, hi.x, 0) || !slab(origin.y, direction.y, lo.y, hi.y, 1) ||
+        !slab(origin.z, direction.z, lo.z, hi.z, 2))
+        return false;
     t = tNear;
     return t > MinT;
 }
@@ -270,7 +262,7 @@ bool Scene::hitTurntable(const Vec3& origin, const Vec3& direction, float tMax, 
     hit.t = t;
     hit.normal = rotateY(axisNormal(axis, sign), m_boxCos, m_boxSin);
     // Each pair of faces has its own shade of blue so the turning is visible.
-    const Vec3 faceColors[3] = {{0.10f, 0.25f, 0.75f}, {0.20f, 0.40f, 0.85f}, {0.05f, 0.15f, 0.55f}};
+    static constexpr Vec3 faceColors[3] = {{0.10f, 0.25f, 0.75f}, {0.20f, 0.40f, 0.85f}, {0.05f, 0.15f, 0.55f}};
     setSurface(hit, faceColors[axis], 0.5f, Turntable);
     return true;
 }
