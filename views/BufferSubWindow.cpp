@@ -59,6 +59,9 @@ void BufferSubWindow::moveEvent(QMoveEvent* event)
 void BufferSubWindow::closeEvent(QCloseEvent* event)
 {
     if (BufferData* buffer = m_buffer) {
+        // The sub-window is deleted later, and the record may be gone by then: the view lets go now.
+        if (auto* display = qobject_cast<BaseBufferDisplayWidget*>(widget()))
+            display->setBuffer(nullptr);
         CameraManager* manager = CameraManager::instance();
         manager->removeDisplayedBuffer(buffer);
         buffer->subWindow = nullptr;
