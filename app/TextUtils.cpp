@@ -1,5 +1,7 @@
 #include "app/TextUtils.h"
 
+#include "Zerlane/Zerlane.h"
+
 #include "camera/BufferData.h"
 
 #include <cstdlib>
@@ -102,4 +104,26 @@ QString timeText(quint64 microseconds)
 QString timeText(qint64 microseconds)
 {
     return QStringLiteral("%1.%2").arg(microseconds / 1000000).arg(microsecondDigits(quint64(microseconds)));
+}
+
+QString deviceText(const Zerlane::Device& device)
+{
+    try {
+        return QString("%1 (%2)")
+            .arg(QString::fromStdString(Zerlane::Device::Model_toString(device.getModel())),
+                 QString::fromStdString(device.getSerialNumber()));
+    } catch (const Zerlane::Exception&) {
+        return QString("?");
+    }
+}
+
+QString nodeKindText(const Zerlane::Node& node)
+{
+    if (node.is<Zerlane::AudioNode>())
+        return "Audio Node";
+    if (node.is<Zerlane::ColorNode>())
+        return "Color Node";
+    if (node.is<Zerlane::DepthNode>())
+        return "Depth Node";
+    return "Unsupported Node";
 }

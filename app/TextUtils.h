@@ -6,6 +6,10 @@
 #include <cstdint>
 
 class BufferData;
+namespace Zerlane {
+class Device;
+class Node;
+}
 
 // Display texts shared by the views, panels and export.
 
@@ -26,3 +30,8 @@ QString powerLineFrequencyText(int value);
 QString timeText(quint64 microseconds);
 // Signed variant for relative times: seconds truncated toward zero, same rule for the digits.
 QString timeText(qint64 microseconds);
+
+// "model (serial)" of a camera, or "?" when the camera cannot tell.
+QString deviceText(const Zerlane::Device& device);
+// "Audio Node", "Color Node", "Depth Node" or "Unsupported Node" (kinds tested in that order).
+QString nodeKindText(const Zerlane::Node& node);

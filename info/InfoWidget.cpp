@@ -1,6 +1,7 @@
 #include "info/InfoWidget.h"
 
 #include "Zerlane/Zerlane.h"
+#include "app/TextUtils.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
 #include "info/InfoWidgetSetWidgetEvent.h"
@@ -9,31 +10,6 @@
 #include <QApplication>
 #include <QLabel>
 
-namespace {
-
-QString deviceName(const Zerlane::Device& device)
-{
-    try {
-        return QString("%1 (%2)")
-            .arg(QString::fromStdString(Zerlane::Device::Model_toString(device.getModel())),
-                 QString::fromStdString(device.getSerialNumber()));
-    } catch (const Zerlane::Exception&) {
-        return QString("?");
-    }
-}
-
-QString nodeKindName(const Zerlane::Node& node)
-{
-    if (node.is<Zerlane::AudioNode>())
-        return "Audio Node";
-    if (node.is<Zerlane::ColorNode>())
-        return "Color Node";
-    if (node.is<Zerlane::DepthNode>())
-        return "Depth Node";
-    return "Unsupported Node";
-}
-
-} // namespace
 
 InfoWidget::InfoWidget(QWidget* parent)
     : QScrollArea(parent)
@@ -54,12 +30,12 @@ void InfoWidget::showNothing()
 
 void InfoWidget::showDevice(DeviceData* device)
 {
-    showMessage(QString("Device %1 selected").arg(deviceName(device->device)));
+    showMessage(QString("Device %1 selected").arg(deviceText(device->device)));
 }
 
 void InfoWidget::showNode(NodeData* node)
 {
-    showMessage(QString("%1 of %2 selected").arg(nodeKindName(node->node), deviceName(node->device->device)));
+    showMessage(QString("%1 of %2 selected").arg(nodeKindText(node->node), deviceText(node->device->device)));
 }
 
 void InfoWidget::askToApplyPendingChanges()

@@ -1,5 +1,6 @@
 #include "tree/DeviceTreeModel.h"
 
+#include "app/TextUtils.h"
 #include "camera/BufferData.h"
 #include "Zerlane/Zerlane.h"
 #include "camera/DeviceData.h"
@@ -109,29 +110,15 @@ QVariant DeviceTreeModel::deviceData(DeviceNodeBufferData* record, int role) con
         return m_deviceIcon;
     if (role != Qt::DisplayRole)
         return QVariant();
-    const Zerlane::Device& device = static_cast<DeviceData*>(record)->device;
-    try {
-        return QString("%1 (%2)")
-            .arg(QString::fromStdString(Zerlane::Device::Model_toString(device.getModel())),
-                 QString::fromStdString(device.getSerialNumber()));
-    } catch (const Zerlane::Exception&) {
-        return QString("?");
-    }
+    return deviceText(static_cast<DeviceData*>(record)->device);
 }
 
 QVariant DeviceTreeModel::nodeData(DeviceNodeBufferData* record, int role) const
 {
     auto* node = static_cast<NodeData*>(record);
     const Zerlane::Node& handle = node->node;
-    if (role == Qt::DisplayRole) {
-        if (handle.is<Zerlane::AudioNode>())
-            return QString("Audio Node");
-        if (handle.is<Zerlane::ColorNode>())
-            return QString("Color Node");
-        if (handle.is<Zerlane::DepthNode>())
-            return QString("Depth Node");
-        return QString("Unsupported Node");
-    }
+    if (role == Qt::DisplayRole)
+        return nodeKindText(handle);
     if (role == Qt::DecorationRole) {
         if (handle.is<Zerlane::AudioNode>())
             return m_audioIcon;
