@@ -184,6 +184,35 @@ private slots:
         sub->close();
     }
 
+    void aDepthViewIsRebuiltWhenItsMapSwitchesToThreePlanes()
+    {
+        CameraManager* manager = CameraManager::instance();
+        BufferData* map = buffer(BufferData::Depth);
+        BufferSubWindow* flat = window->mdiArea()->openView(map);
+        flat->setGeometry(40, 30, 420, 380);
+        const QRect geometry = flat->geometry();
+        QVERIFY(!qobject_cast<BufferDisplayWidget*>(flat->widget())->isThreeDimensional());
+
+        // The camera reports the change; the window rebuilds the view in 3D at the same place.
+        manager->controlNode(depth, true);
+        QVERIFY(manager->setProperty<bool>(depth, "depthMap3Planes", true));
+        QVERIFY(ViewerTest::waitFor([&] { return map->subWindow && map->subWindow != flat; }));
+        auto* view = qobject_cast<BufferDisplayWidget*>(map->subWindow->widget());
+        QVERIFY(view->isThreeDimensional());
+        QCOMPARE(map->subWindow->geometry(), geometry);
+        QVERIFY(!map->reopening);
+        QVERIFY(manager->getProperty<bool>(depth, "enableDepthMap")); // the rebuild left the map on
+
+        manager->setProperty<bool>(depth, "depthMap3Planes", false);
+        QVERIFY(ViewerTest::waitFor([&] {
+            auto* v = map->subWindow ? qobject_cast<BufferDisplayWidget*>(map->subWindow->widget()) : nullptr;
+            return v && !v->isThreeDimensional();
+        }));
+        map->subWindow->close();
+        QVERIFY(!manager->getProperty<bool>(depth, "enableDepthMap"));
+        manager->controlNode(depth, false);
+    }
+
     void aNodeThatLeavesWhileShownStaysUntilItsViewCloses()
     {
         BufferSubWindow* sub = window->mdiArea()->openView(buffer(BufferData::Depth));
