@@ -189,6 +189,17 @@ void BM_MemcpyVgaMaps(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(MapBlock::bytes()));
 }
 
+// Samples delivered, those whose maps were not the producer's buffers, and the delivery time against a
+// memcpy of the same maps.
+void reportDelivery(benchmark::State& state, double delivered, double foreign, double elapsedNs, const MapBlock& block)
+{
+    const double memcpyNs = memcpyNanoseconds(block);
+    state.counters["delivered"] = delivered;
+    state.counters["maps_copied"] = foreign;
+    state.counters["memcpy_ns"] = memcpyNs;
+    state.counters["ratio_vs_memcpy"] = elapsedNs / double(state.iterations()) / memcpyNs;
+}
+
 // Post one sample, then run() until its handler has seen it (the handler quits the loop): the whole
 // path on one thread, without the cost of waking another.
 void BM_DeliverVgaDepthSameThread(benchmark::State& state)
@@ -211,11 +222,7 @@ void BM_DeliverVgaDepthSameThread(benchmark::State& state)
     }
     const double elapsedNs = std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
     rig.node.newSampleReceivedEvent().disconnect(&handler);
-    const double memcpyNs = memcpyNanoseconds(*block);
-    state.counters["delivered"] = double(delivered);
-    state.counters["maps_copied"] = double(foreign); // samples whose maps were not the producer's buffers
-    state.counters["memcpy_ns"] = memcpyNs;
-    state.counters["ratio_vs_memcpy"] = elapsedNs / double(state.iterations()) / memcpyNs;
+    reportDelivery(state, double(delivered), double(foreign), elapsedNs, *block);
 }
 
 // The realistic case: run() waits on its own thread, the device thread posts and waits until the
@@ -246,11 +253,7 @@ void BM_DeliverVgaDepthCrossThread(benchmark::State& state)
     rig.context.quit();
     loop.join();
     rig.node.newSampleReceivedEvent().disconnect(&handler);
-    const double memcpyNs = memcpyNanoseconds(*block);
-    state.counters["delivered"] = double(delivered.load());
-    state.counters["maps_copied"] = double(foreign.load());
-    state.counters["memcpy_ns"] = memcpyNs;
-    state.counters["ratio_vs_memcpy"] = elapsedNs / double(state.iterations()) / memcpyNs;
+    reportDelivery(state, double(delivered.load()), double(foreign.load()), elapsedNs, *block);
 }
 
 // A producer far faster than the consumer: 100 samples arrive before run() gets to them. Only the newest

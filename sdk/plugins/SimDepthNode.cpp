@@ -13,16 +13,6 @@ namespace Zerlane::sim {
 
 namespace {
 
-DepthNodeConfiguration depthConfiguration(FrameFormat format, int32_t rate, CameraMode mode, bool saturation)
-{
-    DepthNodeConfiguration c;
-    c.frameFormat = format;
-    c.frameRate = rate;
-    c.mode = mode;
-    c.saturation = saturation;
-    return c;
-}
-
 std::string describe(const DepthNodeConfiguration& c)
 {
     return Utils::Format("% at % fps, % mode, saturation %") % FrameFormat_toString(c.frameFormat) % c.frameRate %
@@ -85,14 +75,14 @@ std::vector<DepthNodeConfiguration> SimDepthNode::offeredConfigurations()
         for (int32_t rate : rates)
             for (CameraMode mode : {CAMERA_MODE_CLOSE_RANGE, CAMERA_MODE_LONG_RANGE})
                 for (bool saturation : {false, true})
-                    list.push_back(depthConfiguration(format, rate, mode, saturation));
+                    list.push_back(DepthNodeConfiguration{format, rate, mode, saturation});
     }
     return list;
 }
 
 DepthNodeConfiguration SimDepthNode::defaultConfiguration()
 {
-    return depthConfiguration(FRAME_FORMAT_VGA, 30, CAMERA_MODE_LONG_RANGE, false);
+    return DepthNodeConfiguration{FRAME_FORMAT_VGA, 30, CAMERA_MODE_LONG_RANGE, false};
 }
 
 std::vector<PropertyValue> SimDepthNode::configurations() const

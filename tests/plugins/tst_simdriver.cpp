@@ -46,16 +46,6 @@ void enableAllDepthMaps(plugin::NodeDriver& depth, bool on = true)
         depth.setProperty(name, on);
 }
 
-DepthNodeConfiguration depthConfiguration(FrameFormat format, int rate, CameraMode mode, bool saturation)
-{
-    DepthNodeConfiguration c;
-    c.frameFormat = format;
-    c.frameRate = rate;
-    c.mode = mode;
-    c.saturation = saturation;
-    return c;
-}
-
 int countDepth(const DepthNode::NewSampleReceivedData& s, int16_t value)
 {
     return int(std::count(s.depthMap.data(), s.depthMap.data() + s.depthMap.size(), value));
@@ -189,7 +179,7 @@ private slots:
         const auto offered = depth->configurations();
         QCOMPARE(int(offered.size()), 28); // QVGA at 15/25/30/60, VGA at 15/25/30, x 2 modes x 2 saturations
         const auto current = std::get<DepthNodeConfiguration>(depth->configuration());
-        QCOMPARE(current, depthConfiguration(FRAME_FORMAT_VGA, 30, CAMERA_MODE_LONG_RANGE, false));
+        QCOMPARE(current, (DepthNodeConfiguration{FRAME_FORMAT_VGA, 30, CAMERA_MODE_LONG_RANGE, false}));
         QCOMPARE(depth->range(), 7.5f);
         QCOMPARE(int(node(NodeKind::Color)->configurations().size()), 24);
         QCOMPARE(int(node(NodeKind::Audio)->configurations().size()), 4);
@@ -198,12 +188,12 @@ private slots:
 
         // Not offered, or of another kind: refused, nothing changes, nothing is reported.
         QVERIFY_THROWS_EXCEPTION(ArgumentException,
-                                 depth->setConfiguration(depthConfiguration(FRAME_FORMAT_VGA, 60, CAMERA_MODE_LONG_RANGE, false)));
+                                 depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_VGA, 60, CAMERA_MODE_LONG_RANGE, false}));
         QVERIFY_THROWS_EXCEPTION(ArgumentException, depth->setConfiguration(ColorNodeConfiguration{}));
         QCOMPARE(std::get<DepthNodeConfiguration>(depth->configuration()), current);
         QVERIFY(m_listener->takeReports().empty());
 
-        depth->setConfiguration(depthConfiguration(FRAME_FORMAT_QVGA, 60, CAMERA_MODE_CLOSE_RANGE, true));
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 60, CAMERA_MODE_CLOSE_RANGE, true});
         QCOMPARE(depth->range(), 3.0f);
         QCOMPARE(std::get<float>(depth->getProperty("range")), 3.0f);
         std::set<std::string> changed;
@@ -213,7 +203,7 @@ private slots:
         QCOMPARE(changed, (std::set<std::string>{"configuration", "range"}));
 
         // Same range again: only the configuration is reported.
-        depth->setConfiguration(depthConfiguration(FRAME_FORMAT_QVGA, 15, CAMERA_MODE_CLOSE_RANGE, false));
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 15, CAMERA_MODE_CLOSE_RANGE, false});
         const auto reports = m_listener->takeReports();
         QCOMPARE(int(reports.size()), 1);
         QCOMPARE(reports.front().detail, std::string("configuration"));
@@ -294,13 +284,13 @@ private slots:
         auto depth = node(NodeKind::Depth);
         depth->setProperty("enableDepthMap", true);
         depth->start(&m_sink);
-        depth->setConfiguration(depthConfiguration(FRAME_FORMAT_QVGA, 30, CAMERA_MODE_CLOSE_RANGE, false));
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 30, CAMERA_MODE_CLOSE_RANGE, false});
         const auto close = stepOneDepthSample();
         QCOMPARE(close.depthMap.size(), 320 * 240); // the new resolution from the next sample on
         QVERIFY(centralShare(close, 320, 240, 32003) > 0.5);
         QVERIFY(countDepth(close, 32003) < 320 * 240 * 95 / 100); // the near cabinet and floor are measured
 
-        depth->setConfiguration(depthConfiguration(FRAME_FORMAT_QVGA, 30, CAMERA_MODE_LONG_RANGE, false));
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 30, CAMERA_MODE_LONG_RANGE, false});
         QCOMPARE(centralShare(stepOneDepthSample(), 320, 240, 32003), 0.0);
         depth->stop();
     }
@@ -310,7 +300,7 @@ private slots:
         // Over several samples, the spread of a far pixel beats that of a near one.
         auto depth = node(NodeKind::Depth);
         depth->setProperty("enableDepthMapFloatingPoint", true);
-        depth->setConfiguration(depthConfiguration(FRAME_FORMAT_QVGA, 30, CAMERA_MODE_LONG_RANGE, false));
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 30, CAMERA_MODE_LONG_RANGE, false});
         depth->start(&m_sink);
         Control::step(12);
         const auto samples = m_sink.depth();
@@ -341,7 +331,7 @@ private slots:
     void threePlaneLayoutsAndDisabledMaps()
     {
         auto depth = node(NodeKind::Depth);
-        depth->setConfiguration(depthConfiguration(FRAME_FORMAT_QVGA, 30, CAMERA_MODE_LONG_RANGE, false));
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 30, CAMERA_MODE_LONG_RANGE, false});
         enableAllDepthMaps(*depth);
         depth->setProperty("enablePhaseMap", false);
         depth->setProperty("depthMap3Planes", true);
@@ -483,7 +473,7 @@ private slots:
     {
         Control::setStepped(false);
         auto depth = node(NodeKind::Depth);
-        depth->setConfiguration(depthConfiguration(FRAME_FORMAT_QVGA, 60, CAMERA_MODE_LONG_RANGE, false));
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 60, CAMERA_MODE_LONG_RANGE, false});
         depth->start(&m_sink);
         node(NodeKind::Audio)->start(&m_sink);
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
