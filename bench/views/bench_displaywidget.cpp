@@ -3,6 +3,7 @@
 //   paint of a new 640x480 RGBA sample (upload + quad)   against memcpy of the same 1,228,800 bytes
 //   repaint of the same sample (no upload)               against the same memcpy
 //   UV view of 640x480 points as triangles                against the same view as points
+//   3D view of 640x480 floating-point vertices as points  against one bare glDrawArrays(GL_POINTS) of them
 // Needs a display: run it under xvfb-run (Mesa llvmpipe).
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
@@ -37,6 +38,19 @@ public:
     {
         makeCurrent();
         paintGL();
+        glFinish();
+        doneCurrent();
+    }
+    void drawBarePoints(const void* xyz, int count)
+    {
+        makeCurrent();
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        glEnable(GL_DEPTH_TEST);
+        glPointSize(float(Settings::dotSize()));
+        glEnableClientState(GL_VERTEX_ARRAY);
+        glVertexPointer(3, GL_FLOAT, 0, xyz);
+        glDrawArrays(GL_POINTS, 0, count);
+        glDisableClientState(GL_VERTEX_ARRAY);
         glFinish();
         doneCurrent();
     }
@@ -158,6 +172,23 @@ void BM_UvPoints(benchmark::State& state)
     delete w;
 }
 
+void BM_VertexPoints(benchmark::State& state)
+{
+    PaintedWidget* w = shownWidget(g_records->vertices);
+    timeBest(state, "vertexPoints", [&] { w->paintNow(); });
+    delete w;
+}
+
+// The least any view can do with the same points: one bare glDrawArrays(GL_POINTS) of the array in the
+// same size of context, with the view's depth test and point size.
+void BM_BarePointsDraw(benchmark::State& state)
+{
+    PaintedWidget* w = shownWidget(g_records->vertices);
+    const void* xyz = g_records->vertices->data[1];
+    timeBest(state, "barePoints", [&] { w->drawBarePoints(xyz, kPixels); });
+    delete w;
+}
+
 void BM_UvTriangles(benchmark::State& state)
 {
     Settings::setDisplayTriangles(true);
@@ -170,6 +201,8 @@ BENCHMARK(BM_MemcpyBaseline)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PaintNewSample)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RepaintSameSample)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_UvPoints)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_VertexPoints)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BarePointsDraw)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_UvTriangles)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 void printRatio(const char* what, const char* name, const char* baseline)
@@ -207,6 +240,7 @@ int main(int argc, char** argv)
     printRatio("paint new 640x480 sample vs memcpy", "newSample", "memcpy");
     printRatio("repaint same sample vs memcpy", "sameSample", "memcpy");
     printRatio("UV 640x480 triangles vs points", "uvTriangles", "uvPoints");
+    printRatio("3D view of 640x480 vertices vs bare draw", "vertexPoints", "barePoints");
     CameraManager::destroyInstance();
     benchmark::Shutdown();
     return 0;
