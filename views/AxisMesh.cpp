@@ -40,12 +40,17 @@ void AxisMesh::addVertex(const float p[3], const float n[3])
 
 void AxisMesh::addAxis(const float axis[3], const float u[3], const float v[3])
 {
-    // The cone's side normal leans towards the tip by the cone's half-angle.
+    // A cone's side normal leans away from its apex by the cone's half-angle: towards the tip for the
+    // head, back towards the origin for the shaft, which widens from a point at the origin.
     const float slant = std::sqrt(kHeadLength * kHeadLength + kHeadRadius * kHeadRadius);
     const float sideOut = kHeadLength / slant;
     const float sideUp = kHeadRadius / slant;
+    const float shaftSlant = std::sqrt(kShaftLength * kShaftLength + kShaftRadius * kShaftRadius);
+    const float shaftOut = kShaftLength / shaftSlant;
+    const float shaftBack = -kShaftRadius / shaftSlant;
     const float tipAt = kShaftLength + kHeadLength;
     float tip[3], baseCentre[3], back[3];
+    const float origin[3] = {0.f, 0.f, 0.f};
     combine(axis, u, v, tipAt, 0, 0, tip);
     combine(axis, u, v, kShaftLength, 0, 0, baseCentre);
     combine(axis, u, v, -1, 0, 0, back);
@@ -54,19 +59,17 @@ void AxisMesh::addAxis(const float axis[3], const float u[3], const float v[3])
         const float a0 = kTwoPi * float(s) / Segments;
         const float a1 = kTwoPi * float(s + 1) / Segments;
         const float c0 = std::cos(a0), s0 = std::sin(a0), c1 = std::cos(a1), s1 = std::sin(a1);
-        float n0[3], n1[3], p00[3], p01[3], p10[3], p11[3];
+        const float cm = std::cos(0.5f * (a0 + a1)), sm = std::sin(0.5f * (a0 + a1));
+        float n0[3], n1[3], nm[3], p10[3], p11[3];
 
-        // Shaft: one quad of the cylinder as two triangles.
-        combine(axis, u, v, 0, c0, s0, n0);
-        combine(axis, u, v, 0, c1, s1, n1);
-        combine(axis, u, v, 0, kShaftRadius * c0, kShaftRadius * s0, p00);
-        combine(axis, u, v, 0, kShaftRadius * c1, kShaftRadius * s1, p01);
+        // Shaft: a thin cone from the origin, so that an eye at the origin sees it as a small dot
+        // whatever the near plane.
+        combine(axis, u, v, shaftBack, shaftOut * c0, shaftOut * s0, n0);
+        combine(axis, u, v, shaftBack, shaftOut * c1, shaftOut * s1, n1);
+        combine(axis, u, v, shaftBack, shaftOut * cm, shaftOut * sm, nm);
         combine(axis, u, v, kShaftLength, kShaftRadius * c0, kShaftRadius * s0, p10);
         combine(axis, u, v, kShaftLength, kShaftRadius * c1, kShaftRadius * s1, p11);
-        addVertex(p00, n0);
-        addVertex(p01, n1);
-        addVertex(p11, n1);
-        addVertex(p00, n0);
+        addVertex(origin, nm);
         addVertex(p11, n1);
         addVertex(p10, n0);
 
@@ -76,7 +79,6 @@ void AxisMesh::addAxis(const float axis[3], const float u[3], const float v[3])
         combine(axis, u, v, kShaftLength, kHeadRadius * c1, kHeadRadius * s1, h1);
         combine(axis, u, v, sideUp, sideOut * c0, sideOut * s0, n0);
         combine(axis, u, v, sideUp, sideOut * c1, sideOut * s1, n1);
-        const float cm = std::cos(0.5f * (a0 + a1)), sm = std::sin(0.5f * (a0 + a1));
         combine(axis, u, v, sideUp, sideOut * cm, sideOut * sm, tipNormal);
         addVertex(h0, n0);
         addVertex(h1, n1);

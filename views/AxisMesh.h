@@ -2,8 +2,8 @@
 
 #include <vector>
 
-// The axes of the 3D scene as lit solids: for each of x, y and z a shaft (a cylinder) from the origin
-// and an arrow head (a cone) at its end, both built from rings of 16 segments. Built once per unit
+// The axes of the 3D scene as lit solids: for each of x, y and z a shaft (a slim cone widening from the
+// origin) and an arrow head (a cone) at its end, both built from rings of 16 segments. Built once per unit
 // scale; drawn with immediate-mode triangles carrying their normals.
 class AxisMesh {
 public:

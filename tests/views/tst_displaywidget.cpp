@@ -615,12 +615,22 @@ private slots:
         // The axes, seen from aside: lit red solids at the origin.
         Settings::setDisplayAxis(true);
         w.setCamera(0.f, 0.f, 0.f, 0.4f, 30.f, 20.f);
+        auto redPixels = [&](const QImage& image) {
+            int red = 0;
+            for (int y = 0; y < 240; ++y)
+                for (int x = 0; x < 320; ++x)
+                    red += (at(image, x, y).red() > 40 && at(image, x, y).green() < 10 && at(image, x, y).blue() < 10);
+            return red;
+        };
+        const int aside = redPixels(grab(w));
+        QVERIFY2(aside > 100, qPrintable(QString::number(aside)));
+        // From the front preset the eye sits at the origin and looks along z: the axes are a small spot
+        // in the middle of the view, not a disc over the points.
+        w.loadCameraPreset(Settings::Front);
         frame = grab(w);
-        int red = 0;
-        for (int y = 0; y < 240; ++y)
-            for (int x = 0; x < 320; ++x)
-                red += (at(frame, x, y).red() > 40 && at(frame, x, y).green() < 10 && at(frame, x, y).blue() < 10) ? 1 : 0;
-        QVERIFY2(red > 100, qPrintable(QString::number(red)));
+        const int ahead = redPixels(frame);
+        QVERIFY2(ahead > 0 && ahead < 320 * 240 / 50, qPrintable(QString::number(ahead)));
+        QVERIFY(at(frame, 160, 120).red() > 40 && at(frame, 160, 120).green() < 10);
         checkNoGlError(w);
     }
 
