@@ -40,52 +40,56 @@ void AxisMesh::addVertex(const float p[3], const float n[3])
 
 void AxisMesh::addAxis(const float axis[3], const float u[3], const float v[3])
 {
-    // A cone's side normal leans away from its apex by the cone's half-angle: towards the tip for the
-    // head, back towards the origin for the shaft, which widens from a point at the origin.
-    const float slant = std::sqrt(kHeadLength * kHeadLength + kHeadRadius * kHeadRadius);
-    const float sideOut = kHeadLength / slant;
-    const float sideUp = kHeadRadius / slant;
-    const float shaftSlant = std::sqrt(kShaftLength * kShaftLength + kShaftRadius * kShaftRadius);
-    const float shaftOut = kShaftLength / shaftSlant;
-    const float shaftBack = -kShaftRadius / shaftSlant;
-    const float tipAt = kShaftLength + kHeadLength;
-    float tip[3], baseCentre[3], back[3];
-    const float origin[3] = {0.f, 0.f, 0.f};
-    combine(axis, u, v, tipAt, 0, 0, tip);
+    // The shaft widens from a point at the origin, so that an eye at the origin sees it as a small
+    // dot whatever the near plane; the head points outwards and has its base disc facing back.
+    addCone(axis, u, v, kShaftLength, kShaftRadius, 0.f);
+    addCone(axis, u, v, kShaftLength, kHeadRadius, kShaftLength + kHeadLength);
+    float baseCentre[3], back[3];
     combine(axis, u, v, kShaftLength, 0, 0, baseCentre);
     combine(axis, u, v, -1, 0, 0, back);
-
     for (int s = 0; s < Segments; ++s) {
-        const float a0 = kTwoPi * float(s) / Segments;
-        const float a1 = kTwoPi * float(s + 1) / Segments;
-        const float c0 = std::cos(a0), s0 = std::sin(a0), c1 = std::cos(a1), s1 = std::sin(a1);
-        const float cm = std::cos(0.5f * (a0 + a1)), sm = std::sin(0.5f * (a0 + a1));
-        float n0[3], n1[3], nm[3], p10[3], p11[3];
-
-        // Shaft: a thin cone from the origin, so that an eye at the origin sees it as a small dot
-        // whatever the near plane.
-        combine(axis, u, v, shaftBack, shaftOut * c0, shaftOut * s0, n0);
-        combine(axis, u, v, shaftBack, shaftOut * c1, shaftOut * s1, n1);
-        combine(axis, u, v, shaftBack, shaftOut * cm, shaftOut * sm, nm);
-        combine(axis, u, v, kShaftLength, kShaftRadius * c0, kShaftRadius * s0, p10);
-        combine(axis, u, v, kShaftLength, kShaftRadius * c1, kShaftRadius * s1, p11);
-        addVertex(origin, nm);
-        addVertex(p11, n1);
-        addVertex(p10, n0);
-
-        // Head: side of the cone, then its base disc facing back along the axis.
-        float h0[3], h1[3], tipNormal[3];
-        combine(axis, u, v, kShaftLength, kHeadRadius * c0, kHeadRadius * s0, h0);
-        combine(axis, u, v, kShaftLength, kHeadRadius * c1, kHeadRadius * s1, h1);
-        combine(axis, u, v, sideUp, sideOut * c0, sideOut * s0, n0);
-        combine(axis, u, v, sideUp, sideOut * c1, sideOut * s1, n1);
-        combine(axis, u, v, sideUp, sideOut * cm, sideOut * sm, tipNormal);
-        addVertex(h0, n0);
-        addVertex(h1, n1);
-        addVertex(tip, tipNormal);
+        float h0[3], h1[3];
+        ringPoint(axis, u, v, kShaftLength, kHeadRadius, s, h0);
+        ringPoint(axis, u, v, kShaftLength, kHeadRadius, s + 1, h1);
         addVertex(baseCentre, back);
         addVertex(h1, back);
         addVertex(h0, back);
+    }
+}
+
+void AxisMesh::ringPoint(const float axis[3], const float u[3], const float v[3], float at, float radius, float step,
+                         float out[3])
+{
+    const float angle = kTwoPi * step / Segments;
+    combine(axis, u, v, at, radius * std::cos(angle), radius * std::sin(angle), out);
+}
+
+void AxisMesh::addCone(const float axis[3], const float u[3], const float v[3], float baseAt, float radius,
+                       float apexAt)
+{
+    // The side normal leans away from the base towards the apex by the cone's half-angle; the
+    // triangles keep their outer side counter-clockwise whichever way the cone points.
+    const float height = apexAt - baseAt;
+    const float slant = std::sqrt(height * height + radius * radius);
+    const float lean = (height > 0.f ? radius : -radius) / slant;
+    const float out = std::fabs(height) / slant;
+    float apex[3];
+    combine(axis, u, v, apexAt, 0, 0, apex);
+    for (int s = 0; s < Segments; ++s) {
+        float b0[3], b1[3], n0[3], n1[3], nApex[3];
+        ringPoint(axis, u, v, baseAt, radius, float(s), b0);
+        ringPoint(axis, u, v, baseAt, radius, float(s + 1), b1);
+        ringPoint(axis, u, v, lean, out, float(s), n0);
+        ringPoint(axis, u, v, lean, out, float(s + 1), n1);
+        ringPoint(axis, u, v, lean, out, float(s) + 0.5f, nApex);
+        if (height > 0.f) {
+            addVertex(b0, n0);
+            addVertex(b1, n1);
+        } else {
+            addVertex(b1, n1);
+            addVertex(b0, n0);
+        }
+        addVertex(apex, nApex);
     }
 }
 

@@ -23,6 +23,12 @@ public:
 private:
     // One axis along unit vector `axis`, with `u` and `v` completing a right-handed frame.
     void addAxis(const float axis[3], const float u[3], const float v[3]);
+    // The side of a cone around `axis`: a ring of `radius` at `baseAt` along the axis, the apex at
+    // `apexAt` (before or after the ring).
+    void addCone(const float axis[3], const float u[3], const float v[3], float baseAt, float radius, float apexAt);
+    // The point `at` along the axis and `radius` away from it, `step` segments round the ring.
+    static void ringPoint(const float axis[3], const float u[3], const float v[3], float at, float radius, float step,
+                          float out[3]);
     void addVertex(const float p[3], const float n[3]);
 
     float m_unitScale = 0.f;

@@ -5,6 +5,7 @@
 #include "events/EventsFixture.h"
 
 #include "camera/DeviceData.h"
+#include "views/AxisMesh.h"
 #include "views/DisplayWidget.h"
 #include "views/TriangleTable.h"
 #include "worker/Settings.h"
@@ -231,6 +232,44 @@ private slots:
         int out[2][3];
         QCOMPARE(DisplayWidget::triangles(64, out), 0);
         QCOMPARE(DisplayWidget::triangles(-1, out), 0);
+    }
+
+    // Lighting needs unit normals on the outer side of every solid; the triangles' winding must agree
+    // with them. The axes lie along x, y and z, so "outer" is away from the axis a vertex belongs to.
+    void axisNormalsFaceOutwards()
+    {
+        AxisMesh mesh;
+        mesh.build(1000.f);
+        const std::vector<float>& p = mesh.positions();
+        const std::vector<float>& n = mesh.normals();
+        QCOMPARE(mesh.vertexCount(), 3 * 3 * 3 * AxisMesh::Segments); // shaft, head and base per axis
+        for (int t = 0; t < mesh.vertexCount() / 3; ++t) {
+            const float* a = &p[9 * t];
+            const float* b = a + 3;
+            const float* c = a + 6;
+            const float e1[3] = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+            const float e2[3] = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
+            const float face[3] = {e1[1] * e2[2] - e1[2] * e2[1], e1[2] * e2[0] - e1[0] * e2[2],
+                                   e1[0] * e2[1] - e1[1] * e2[0]};
+            const float faceLength = std::sqrt(face[0] * face[0] + face[1] * face[1] + face[2] * face[2]);
+            for (int k = 0; k < 3; ++k) {
+                const float* normal = &n[9 * t + 3 * k];
+                const float length = std::sqrt(normal[0] * normal[0] + normal[1] * normal[1] + normal[2] * normal[2]);
+                QVERIFY2(std::fabs(length - 1.f) < 1e-4f, qPrintable(QString::number(t)));
+                // Within half a segment (11.25 degrees) of the face's own normal, plus rounding.
+                const float cosine = (face[0] * normal[0] + face[1] * normal[1] + face[2] * normal[2]) / faceLength;
+                QVERIFY2(cosine > 0.975f, qPrintable(QString("%1: %2").arg(t).arg(cosine)));
+            }
+            // The axis of this triangle is the coordinate its vertices share the most of; the side
+            // normals point away from it.
+            const float* vertex = a + 3 * 0;
+            const float* normal = &n[9 * t];
+            const int along = t / (3 * AxisMesh::Segments);
+            float radial = 0.f;
+            for (int i = 0; i < 3; ++i)
+                radial += i == along ? 0.f : vertex[i] * normal[i];
+            QVERIFY2(radial >= 0.f, qPrintable(QString::number(t)));
+        }
     }
 
     void cellMasks()
