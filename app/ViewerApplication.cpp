@@ -1,10 +1,9 @@
 #include "app/ViewerApplication.h"
 
 #include "Zerlane/Zerlane.h"
+#include "app/ViewerLog.h"
 
 #include <cstdlib>
-
-using Zerlane::Utils::HMLogger;
 
 ViewerApplication::ViewerApplication(int& argc, char** argv)
     : QApplication(argc, argv)
@@ -16,17 +15,10 @@ bool ViewerApplication::notify(QObject* receiver, QEvent* event)
     try {
         return QApplication::notify(receiver, event);
     } catch (const Zerlane::Exception& e) {
-        HMLogger* logger = HMLogger::instance();
-        if (!logger)
-            return false;
-        logger->error(Zerlane::Utils::Format("EXCEPTION: %") % e.getMessage());
-        logger->release();
+        ViewerLog::error(Zerlane::Utils::Format("EXCEPTION: %") % e.getMessage());
         return false;
     } catch (...) {
-        if (HMLogger* logger = HMLogger::instance()) {
-            logger->error("Unknown exception!");
-            logger->release();
-        }
+        ViewerLog::error("Unknown exception!");
         std::abort();
     }
 }

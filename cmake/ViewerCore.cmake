@@ -3,6 +3,7 @@
 set(viewer_core_sources
     app/StartupOptions.cpp
     app/TextUtils.cpp
+    app/ViewerLog.cpp
     app/YuvConverter.cpp
     camera/AudioNodeData.cpp
     camera/BufferData.cpp

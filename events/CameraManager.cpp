@@ -2,6 +2,7 @@
 
 #include "app/SingletonHolder.h"
 #include "app/StartupOptions.h"
+#include "app/ViewerLog.h"
 #include "camera/AudioNodeData.h"
 #include "camera/BufferData.h"
 #include "camera/ColorNodeData.h"
@@ -18,20 +19,10 @@
 #include <algorithm>
 
 using Zerlane::Utils::Format;
-using Zerlane::Utils::HMLogger;
 
 namespace {
 
 SingletonHolder<CameraManager> holder;
-
-void log(HMLogger::Level level, const std::string& message)
-{
-    HMLogger* logger = HMLogger::instance();
-    if (!logger)
-        return;
-    logger->log(level, message);
-    logger->release();
-}
 
 template <class List, class Item>
 void eraseValue(List& list, Item item)
@@ -189,7 +180,7 @@ DeviceData* CameraManager::addDevice(const Zerlane::Device& device)
     try {
         properties = device.getType().getProperties();
     } catch (const Zerlane::Exception& e) {
-        log(HMLogger::Warning, Format("Could not read device properties: %") % e.getMessage());
+        ViewerLog::warning(Format("Could not read device properties: %") % e.getMessage());
     }
     auto* record = new DeviceData(device, properties);
     insertIntoTree(record);
@@ -203,21 +194,21 @@ NodeData* CameraManager::addNode(const Zerlane::Device& device, const Zerlane::N
         if ((node.is<Zerlane::AudioNode>() && StartupOptions::disableAudio())
             || (node.is<Zerlane::ColorNode>() && StartupOptions::disableColor())
             || (node.is<Zerlane::DepthNode>() && StartupOptions::disableDepth())) {
-            log(HMLogger::Info, Format("A % was disabled") % typeName);
+            ViewerLog::info(Format("A % was disabled") % typeName);
             return nullptr;
         }
         if (node.is<Zerlane::UnsupportedNode>()) {
             const auto reason = Zerlane::UnsupportedNode(node).getReason();
-            log(HMLogger::Warning, Format("Unsupported Node reason: %") % Zerlane::UnsupportedNode::Reason_toString(reason));
+            ViewerLog::warning(Format("Unsupported Node reason: %") % Zerlane::UnsupportedNode::Reason_toString(reason));
             return nullptr;
         }
         if (!node.is<Zerlane::DepthNode>() && !node.is<Zerlane::ColorNode>() && !node.is<Zerlane::AudioNode>()) {
-            log(HMLogger::Error, "unknown node type");
+            ViewerLog::error("unknown node type");
             return nullptr;
         }
         DeviceData* deviceRecord = findDevice(device);
         if (!deviceRecord) {
-            log(HMLogger::Warning, "No corresponding device found");
+            ViewerLog::warning("No corresponding device found");
             return nullptr;
         }
         NodeData* record = buildNodeRecord(device, node, deviceRecord);
@@ -230,7 +221,7 @@ NodeData* CameraManager::addNode(const Zerlane::Device& device, const Zerlane::N
         insertIntoTree(record);
         return record;
     } catch (const Zerlane::Exception& e) {
-        log(HMLogger::Error, Format("Could not add node : %") % e.getMessage());
+        ViewerLog::error(Format("Could not add node : %") % e.getMessage());
         return nullptr;
     }
 }
@@ -246,7 +237,7 @@ NodeData* CameraManager::buildNodeRecord(const Zerlane::Device&, const Zerlane::
         try {
             return read();
         } catch (const Zerlane::Exception&) {
-            log(HMLogger::Warning, failure);
+            ViewerLog::warning(failure);
             return decltype(read())();
         }
     };
@@ -254,7 +245,7 @@ NodeData* CameraManager::buildNodeRecord(const Zerlane::Device&, const Zerlane::
         try {
             return read();
         } catch (const Zerlane::Exception&) {
-            log(HMLogger::Warning, "Unable to get current configuration");
+            ViewerLog::warning("Unable to get current configuration");
             return decltype(read())();
         }
     };
@@ -569,7 +560,7 @@ bool CameraManager::changeControl(const Handle& handle, bool& controlled, bool r
     } catch (const Zerlane::TimeoutException&) {
         ZRMessageBox::warning("Another application has already\nclaimed control over this device.");
     } catch (const Zerlane::Exception& e) {
-        log(HMLogger::Error, Format("Could not % control: %") % (request ? "request" : "release") % e.getMessage());
+        ViewerLog::error(Format("Could not % control: %") % (request ? "request" : "release") % e.getMessage());
     }
     return false;
 }
@@ -642,7 +633,7 @@ T CameraManager::getProperty(DeviceNodeBufferData* record, const QString& name)
     try {
         return Zerlane::Property<T>::getValue(interfaceOf(record), localName.constData());
     } catch (const Zerlane::Exception& e) {
-        log(HMLogger::Warning, Format("Could not get property %: %") % localName.constData() % e.getMessage());
+        ViewerLog::warning(Format("Could not get property %: %") % localName.constData() % e.getMessage());
         return T();
     }
 }

@@ -1,6 +1,7 @@
 #include "events/ZerlaneThread.h"
 
 #include "app/SingletonHolder.h"
+#include "app/ViewerLog.h"
 #include "app/YuvConverter.h"
 #include "camera/AudioNodeData.h"
 #include "camera/BufferData.h"
@@ -18,8 +19,6 @@
 
 #include <algorithm>
 #include <cstring>
-
-using Zerlane::Utils::HMLogger;
 
 namespace {
 
@@ -270,10 +269,7 @@ void ZerlaneThread::reportClient(const char* format, const Zerlane::Context::Cli
                              .arg(client.pid)
                              .arg(QString::fromStdString(client.address))
                              .arg(client.port);
-    if (HMLogger* logger = HMLogger::instance()) {
-        logger->info(text.toStdString());
-        logger->release();
-    }
+    ViewerLog::info(text.toStdString());
     emit setStatusMessage(text, 5000);
 }
 

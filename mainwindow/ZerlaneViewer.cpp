@@ -4,6 +4,7 @@
 #include "ui_ZerlaneViewer.h"
 
 #include "app/StartupOptions.h"
+#include "app/ViewerLog.h"
 #include "app/YuvConverter.h"
 #include "camera/BufferData.h"
 #include "camera/DepthNodeData.h"
@@ -26,19 +27,10 @@
 #include <QMutexLocker>
 
 using Zerlane::Utils::Format;
-using Zerlane::Utils::HMLogger;
 
 namespace {
 
 SingletonHolder<ZerlaneViewer> holder;
-
-void logWarning(const std::string& message)
-{
-    if (HMLogger* logger = HMLogger::instance()) {
-        logger->warning(message);
-        logger->release();
-    }
-}
 
 bool isConfigurationProperty(const Zerlane::PropertyBase& property)
 {
@@ -453,7 +445,7 @@ void ZerlaneViewer::onPropertyChanged(Zerlane::Node node, Zerlane::PropertyBase 
         if (record && (name == "depthMap3Planes" || name == "depthMapFloatingPoint3Planes"))
             rebuildViewsOf(record);
     } catch (const Zerlane::Exception& e) {
-        logWarning(Format("Could not refresh property : %") % e.getMessage());
+        ViewerLog::warning(Format("Could not refresh property : %") % e.getMessage());
     }
 }
 

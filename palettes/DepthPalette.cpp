@@ -1,7 +1,8 @@
 #include "palettes/DepthPalette.h"
 
+#include "app/ViewerLog.h"
+
 #include <Zerlane/Utils/Format.h>
-#include <Zerlane/Utils/HMLogger.h>
 
 #include <QDomDocument>
 #include <QDomElement>
@@ -15,23 +16,14 @@ namespace {
 
 constexpr quint32 kOpaque = 0xFF000000u;
 
-void logWarning(const std::string& message)
-{
-    Zerlane::Utils::HMLogger* logger = Zerlane::Utils::HMLogger::instance();
-    if (!logger)
-        return;
-    logger->warning(message);
-    logger->release();
-}
-
 void logWarning(const char* text, const QString& value)
 {
-    logWarning(Zerlane::Utils::Format(text) % value.toStdString());
+    ViewerLog::warning(Zerlane::Utils::Format(text) % value.toStdString());
 }
 
 void logWarning(const char* text, quint32 value)
 {
-    logWarning(Zerlane::Utils::Format(text) % value);
+    ViewerLog::warning(Zerlane::Utils::Format(text) % value);
 }
 
 // Truncation toward zero, the way every colour conversion of the palettes rounds.
@@ -325,19 +317,19 @@ DepthPalette* DepthPalette::fromXmlFile(const QByteArray& path)
 
     const QDomNodeList topLevel = document.childNodes();
     if (topLevel.count() != 1) {
-        logWarning("There should be only one root tag");
+        ViewerLog::warning("There should be only one root tag");
         return nullptr;
     }
     const QDomNode root = topLevel.at(0);
     if (root.nodeName().toLower() != QLatin1String("palette")) {
-        logWarning("Root name should be 'palette'");
+        ViewerLog::warning("Root name should be 'palette'");
         return nullptr;
     }
     const std::optional<RootAttributes> attributes = readRootAttributes(root);
     if (!attributes)
         return nullptr;
     if (attributes->range == 0) {
-        logWarning("Palette range was not specified");
+        ViewerLog::warning("Palette range was not specified");
         return nullptr;
     }
 

@@ -2,6 +2,7 @@
 
 #include "Zerlane/Zerlane.h"
 #include "app/TextUtils.h"
+#include "app/ViewerLog.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
@@ -19,7 +20,6 @@
 #include <QMimeData>
 
 using Zerlane::Utils::Format;
-using Zerlane::Utils::HMLogger;
 
 MdiArea::MdiArea(QWidget* parent)
     : QMdiArea(parent)
@@ -37,10 +37,7 @@ QString MdiArea::titleFor(BufferData* buffer)
             .arg(buffer->typeName(), QString::fromStdString(Zerlane::Device::Model_toString(device.getModel())),
                  QString::fromStdString(device.getSerialNumber()));
     } catch (const Zerlane::Exception& e) {
-        if (HMLogger* logger = HMLogger::instance()) {
-            logger->warning(Format("Could not create sub-window title: %") % e.getMessage());
-            logger->release();
-        }
+        ViewerLog::warning(Format("Could not create sub-window title: %") % e.getMessage());
         return QString();
     }
 }

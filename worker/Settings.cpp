@@ -1,5 +1,6 @@
 #include "worker/Settings.h"
 
+#include "app/ViewerLog.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
@@ -10,7 +11,6 @@
 #include <Zerlane/Exceptions.h>
 #include <Zerlane/Interface.h>
 #include <Zerlane/Utils/Format.h>
-#include <Zerlane/Utils/HMLogger.h>
 
 #include <QMetaType>
 #include <QRecursiveMutex>
@@ -69,15 +69,6 @@ QString bufferKey(int buffer, const char* name)
     return QStringLiteral("workspace/buffers/%1/%2").arg(buffer).arg(QLatin1String(name));
 }
 
-void logWarning(const std::string& message)
-{
-    Zerlane::Utils::HMLogger* logger = Zerlane::Utils::HMLogger::instance();
-    if (!logger)
-        return;
-    logger->warning(message);
-    logger->release();
-}
-
 bool isIntegerType(int typeId)
 {
     return typeId == QMetaType::Int || typeId == QMetaType::UInt || typeId == QMetaType::LongLong ||
@@ -128,7 +119,7 @@ void writeNodeProperties(NodeData* node, int number)
             if (value.isValid())
                 Settings::setValue(nodePropertyKey(number, QString::fromStdString(property.name())), value);
         } catch (const Zerlane::Exception& e) {
-            logWarning(Zerlane::Utils::Format("Could not store node property % in the workspace: %") %
+            ViewerLog::warning(Zerlane::Utils::Format("Could not store node property % in the workspace: %") %
                        property.name() % e.getMessage());
         }
     }
@@ -156,7 +147,7 @@ void writeNodeConfiguration(NodeData* node, int number)
             Settings::setValue(nodeKey(number, "config/nbChannels"), int(c.audioFormat.nbChannels));
         }
     } catch (const Zerlane::Exception& e) {
-        logWarning(Zerlane::Utils::Format("Could not store node configuration in the workspace: %") % e.getMessage());
+        ViewerLog::warning(Zerlane::Utils::Format("Could not store node configuration in the workspace: %") % e.getMessage());
     }
 }
 
@@ -165,7 +156,7 @@ QString nodeTypeName(NodeData* node)
     try {
         return QString::fromStdString(node->node.getType().name());
     } catch (const Zerlane::Exception& e) {
-        logWarning(Zerlane::Utils::Format("Could not get node type for the workspace: %") % e.getMessage());
+        ViewerLog::warning(Zerlane::Utils::Format("Could not get node type for the workspace: %") % e.getMessage());
         return QString();
     }
 }
@@ -327,7 +318,7 @@ int Settings::writeDevice(DeviceData* device)
     try {
         serial = QString::fromStdString(device->device.getSerialNumber());
     } catch (const Zerlane::Exception& e) {
-        logWarning(Zerlane::Utils::Format("Could not get store device serial number: %") % e.getMessage());
+        ViewerLog::warning(Zerlane::Utils::Format("Could not get store device serial number: %") % e.getMessage());
         return g_deviceCounter - 1;
     }
     setValue(deviceKey(g_deviceCounter, "serial"), serial);
