@@ -28,6 +28,23 @@ NodeData* nodeOfRecord(DeviceNodeBufferData* record)
     return nullptr;
 }
 
+// The node actions are offered only while a node is selected.
+void hideNodeActions(ZerlaneViewer* window)
+{
+    for (QAction* action : {window->actionRegisterNode(), window->actionControlNode()}) {
+        action->setVisible(false);
+        action->setChecked(false);
+    }
+}
+
+// The device actions show the state of the selected device, or of none when `device` is null.
+void showDeviceActions(ZerlaneViewer* window, const DeviceData* device)
+{
+    window->actionRegisterDevice()->setChecked(device && device->registered);
+    window->actionControlDevice()->setVisible(device != nullptr);
+    window->actionControlDevice()->setChecked(device && device->controlled);
+}
+
 } // namespace
 
 DeviceTreeView::DeviceTreeView(QWidget* parent)
@@ -86,13 +103,8 @@ void DeviceTreeView::clearSelectionState()
     ZerlaneViewer* window = ZerlaneViewer::existingInstance();
     if (!window)
         return;
-    for (QAction* action : {window->actionRegisterNode(), window->actionControlNode()}) {
-        action->setVisible(false);
-        action->setChecked(false);
-    }
-    window->actionRegisterDevice()->setChecked(false);
-    window->actionControlDevice()->setVisible(false);
-    window->actionControlDevice()->setChecked(false);
+    hideNodeActions(window);
+    showDeviceActions(window, nullptr);
 }
 
 void DeviceTreeView::showNodeSelection(NodeData* node)
@@ -122,9 +134,7 @@ void DeviceTreeView::showNodeSelection(NodeData* node)
     controlAction->setVisible(known);
     registerAction->setChecked(node->registered);
     controlAction->setChecked(node->controlled);
-    window->actionRegisterDevice()->setChecked(node->device->registered);
-    window->actionControlDevice()->setVisible(true);
-    window->actionControlDevice()->setChecked(node->device->controlled);
+    showDeviceActions(window, node->device);
 }
 
 void DeviceTreeView::showDeviceSelection(DeviceData* device)
@@ -134,13 +144,8 @@ void DeviceTreeView::showDeviceSelection(DeviceData* device)
     ZerlaneViewer* window = ZerlaneViewer::existingInstance();
     if (!window)
         return;
-    for (QAction* action : {window->actionRegisterNode(), window->actionControlNode()}) {
-        action->setVisible(false);
-        action->setChecked(false);
-    }
-    window->actionRegisterDevice()->setChecked(device->registered);
-    window->actionControlDevice()->setVisible(true);
-    window->actionControlDevice()->setChecked(device->controlled);
+    hideNodeActions(window);
+    showDeviceActions(window, device);
 }
 
 void DeviceTreeView::contextMenuEvent(QContextMenuEvent* event)
