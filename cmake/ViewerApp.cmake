@@ -1,9 +1,5 @@
 # The running program: event thread, worker, main window, device tree, info panel, view area
 # (all in viewer_gui), the icons, and the ZerlaneViewer executable (app/main.cpp only).
-target_sources(viewer_core PRIVATE
-    camera/StandardDeviationHistory.cpp
-)
-
 target_sources(viewer_gui PRIVATE
     app/CommandLine.cpp
     app/ViewerApplication.cpp
@@ -29,9 +25,7 @@ target_sources(viewer_gui PRIVATE
     worker/WorkingThread.cpp
 )
 # The OpenGL display of a buffer.
-if(EXISTS ${CMAKE_SOURCE_DIR}/cmake/ViewerViews.cmake)
-    include(${CMAKE_SOURCE_DIR}/cmake/ViewerViews.cmake)
-endif()
+include(${CMAKE_SOURCE_DIR}/cmake/ViewerViews.cmake)
 target_link_libraries(viewer_gui PUBLIC Qt6::Widgets Qt6::OpenGL Qt6::OpenGLWidgets OpenGL::GL)
 
 # Icons and logos, drawn by tools/icongen. Added through the target so that the static library's

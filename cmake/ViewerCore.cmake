@@ -15,6 +15,7 @@ set(viewer_core_sources
     camera/NodeData.cpp
     camera/RecordUtils.cpp
     camera/RefCounted.cpp
+    camera/StandardDeviationHistory.cpp
     info/InfoWidgetSetWidgetEvent.cpp
     palettes/DepthColorizer.cpp
     palettes/DepthPalette.cpp

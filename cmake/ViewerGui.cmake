@@ -1,4 +1,5 @@
-# viewer_gui: the viewer's widgets. For now the small widgets shared by the panels.
+# viewer_gui: the viewer's widgets. Here the small ones shared by the panels; ViewerApp.cmake adds the
+# program's threads, windows and panels, ViewerViews.cmake the OpenGL display.
 add_library(viewer_gui STATIC
     ${CMAKE_SOURCE_DIR}/widgets/QHLine.cpp
     ${CMAKE_SOURCE_DIR}/widgets/TextColor.cpp

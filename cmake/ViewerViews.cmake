@@ -1,5 +1,4 @@
-# The OpenGL view of one buffer and its helpers, in viewer_gui. Safe to include more than once.
-include_guard(GLOBAL)
+# The OpenGL view of one buffer and its helpers, in viewer_gui.
 target_sources(viewer_gui PRIVATE
     ${CMAKE_SOURCE_DIR}/views/AxisMesh.cpp
     ${CMAKE_SOURCE_DIR}/views/BufferTexture.cpp
