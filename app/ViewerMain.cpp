@@ -63,7 +63,7 @@ int ViewerMain::run(int argc, char** argv)
     return result;
 }
 
-ZerlaneViewer* ViewerMain::startProgram(QApplication* application)
+ViewerMain::Objects ViewerMain::createObjects()
 {
     ZerlaneThread* events = ZerlaneThread::instance();
     CameraManager::instance();
@@ -74,16 +74,21 @@ ZerlaneViewer* ViewerMain::startProgram(QApplication* application)
     ZerlaneViewer* window = ZerlaneViewer::instance();
     CameraManager::instance()->setMainWindow(window);
     CameraManager::instance()->setWorkingThread(worker);
+    return {events, worker, recorder, window};
+}
 
+ZerlaneViewer* ViewerMain::startProgram(QApplication* application)
+{
+    const Objects objects = createObjects();
     Wiring::registerMetaTypes();
-    Wiring::connectAll(application, events, worker, recorder, window);
+    Wiring::connectAll(application, objects.events, objects.worker, objects.recorder, objects.window);
 
     // Started only now, so that no signal is emitted before its receiver is connected.
-    events->start(QThread::InheritPriority);
-    worker->start(QThread::InheritPriority);
-    recorder->start(QThread::InheritPriority);
-    window->show();
-    return window;
+    objects.events->start(QThread::InheritPriority);
+    objects.worker->start(QThread::InheritPriority);
+    objects.recorder->start(QThread::InheritPriority);
+    objects.window->show();
+    return objects.window;
 }
 
 void ViewerMain::shutDown()

@@ -6,6 +6,9 @@
 
 // The program from start to end: options, objects, connections, threads, the event loop, shutdown.
 class QApplication;
+class RecordingThread;
+class WorkingThread;
+class ZerlaneThread;
 class ZerlaneViewer;
 
 class ViewerMain {
@@ -16,6 +19,15 @@ public:
     // Zerlane::Exception when it cannot, leaving nothing started), the threads, the main window, their
     // connections; then the threads start and the window shows.
     static ZerlaneViewer* startProgram(QApplication* application);
+    // The program's objects, created (the camera manager too) but neither connected nor started; the
+    // worker and the recorder already belong to their own threads.
+    struct Objects {
+        ZerlaneThread* events;
+        WorkingThread* worker;
+        RecordingThread* recorder;
+        ZerlaneViewer* window;
+    };
+    static Objects createObjects();
     // Ends the service loop if it still runs, then destroys the objects in order.
     static void shutDown();
 

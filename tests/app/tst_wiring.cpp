@@ -24,17 +24,13 @@ private slots:
 
     void everyConnectionIsMadeWithItsType()
     {
-        ZerlaneThread* events = ZerlaneThread::instance();
-        CameraManager::instance();
-        WorkingThread* worker = WorkingThread::instance();
-        worker->moveToThread(worker);
-        RecordingThread* recorder = RecordingThread::instance();
-        recorder->moveToThread(recorder);
-        ZerlaneViewer* window = ZerlaneViewer::instance();
+        const ViewerMain::Objects objects = ViewerMain::createObjects();
+        RecordingThread* recorder = objects.recorder;
+        ZerlaneViewer* window = objects.window;
 
         Wiring::registerMetaTypes();
         const QList<QMetaObject::Connection> connections =
-            Wiring::connectAll(qApp, events, worker, recorder, window);
+            Wiring::connectAll(qApp, objects.events, objects.worker, recorder, window);
         QCOMPARE(connections.size(), Wiring::ConnectionCount);
         for (int i = 0; i < connections.size(); ++i)
             QVERIFY2(bool(connections[i]), qPrintable(QString("connection %1 failed").arg(i + 1)));
