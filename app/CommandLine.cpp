@@ -1,6 +1,6 @@
 #include "app/CommandLine.h"
 
-#include "app/StartupOptions.h"
+#include "app/shared/StartupOptions.h"
 
 #include <cstdlib>
 #include <cstring>

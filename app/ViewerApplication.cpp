@@ -1,7 +1,7 @@
 #include "app/ViewerApplication.h"
 
 #include "Zerlane/Zerlane.h"
-#include "app/ViewerLog.h"
+#include "app/shared/ViewerLog.h"
 
 #include <cstdlib>
 

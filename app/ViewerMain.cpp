@@ -73,7 +73,6 @@ ViewerMain::Objects ViewerMain::createObjects()
     recorder->moveToThread(recorder);
     ZerlaneViewer* window = ZerlaneViewer::instance();
     CameraManager::instance()->setMainWindow(window);
-    CameraManager::instance()->setWorkingThread(worker);
     return {events, worker, recorder, window};
 }
 

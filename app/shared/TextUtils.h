@@ -5,7 +5,6 @@
 
 #include <cstdint>
 
-class BufferData;
 namespace Zerlane {
 class Device;
 class Node;
@@ -17,10 +16,6 @@ class Node;
 QString specialValueTextPhase(quint32 value); // codes 32769..32772
 QString specialValueTextDepth(quint32 value); // codes 32001..32004
 QString specialValueTextFloat(float value);   // codes -1..-4
-
-// Name of the node property that switches a buffer kind's map on; empty for kinds without one.
-QString mapEnableName(uint32_t bufferType);
-QString mapEnableName(const BufferData* buffer);
 
 QString powerLineFrequencyText(int value);
 

@@ -1,8 +1,7 @@
-#include "app/TextUtils.h"
+#include "app/shared/TextUtils.h"
 
 #include "Zerlane/Zerlane.h"
 
-#include "camera/BufferData.h"
 
 #include <cstdlib>
 
@@ -49,37 +48,6 @@ QString specialValueTextFloat(float value)
             return QString::fromLatin1(kSpecialReasons[i]);
     }
     return QStringLiteral("Unknown (%1)").arg(QString::number(double(value), 'g', 6));
-}
-
-QString mapEnableName(uint32_t bufferType)
-{
-    switch (bufferType) {
-    case BufferData::Color:
-        return QStringLiteral("enableColorMap");
-    case BufferData::Phase:
-    case BufferData::Combined:
-        return QStringLiteral("enablePhaseMap");
-    case BufferData::Confidence:
-        return QStringLiteral("enableConfidenceMap");
-    case BufferData::Depth:
-        return QStringLiteral("enableDepthMap");
-    case BufferData::DepthFloatingPoint:
-    case BufferData::StandardDeviation:
-        return QStringLiteral("enableDepthMapFloatingPoint");
-    case BufferData::Vertices:
-        return QStringLiteral("enableVertices");
-    case BufferData::VerticesFloatingPoint:
-        return QStringLiteral("enableVerticesFloatingPoint");
-    case BufferData::UV:
-        return QStringLiteral("enableUvMap");
-    default:
-        return QString();
-    }
-}
-
-QString mapEnableName(const BufferData* buffer)
-{
-    return buffer ? mapEnableName(buffer->type) : QString();
 }
 
 QString powerLineFrequencyText(int value)

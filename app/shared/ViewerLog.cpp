@@ -1,4 +1,4 @@
-#include "app/ViewerLog.h"
+#include "app/shared/ViewerLog.h"
 
 #include "Zerlane/Utils/HMLogger.h"
 

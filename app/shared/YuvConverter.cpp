@@ -1,4 +1,4 @@
-#include "app/YuvConverter.h"
+#include "app/shared/YuvConverter.h"
 
 #include <cstring>
 #include <mutex>

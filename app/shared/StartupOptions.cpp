@@ -1,4 +1,4 @@
-#include "app/StartupOptions.h"
+#include "app/shared/StartupOptions.h"
 
 #include <atomic>
 
