@@ -9,21 +9,22 @@ namespace {
 struct TypeInfo {
     const char* name;
     uint32_t capacity;
+    const char* enableProperty; // the node property that switches the kind's map on
 };
 
 // Capacities fit a 640 x 480 depth frame and a 1280 x 720 colour frame.
 constexpr TypeInfo kTypes[] = {
-    {"Color", 3686400},
-    {"Phase", 614400},
-    {"Confidence", 614400},
-    {"Depth", 1843200},
-    {"Depth Floating Point", 3686400},
-    {"Vertices", 1843200},
-    {"Vertices Floating Point", 3686400},
-    {"UV", 2457600},
-    {"Standard Deviation", 1228800},
-    {"Combined", 614400},
-    {"Audio", 192000},
+    {"Color", 3686400, "enableColorMap"},
+    {"Phase", 614400, "enablePhaseMap"},
+    {"Confidence", 614400, "enableConfidenceMap"},
+    {"Depth", 1843200, "enableDepthMap"},
+    {"Depth Floating Point", 3686400, "enableDepthMapFloatingPoint"},
+    {"Vertices", 1843200, "enableVertices"},
+    {"Vertices Floating Point", 3686400, "enableVerticesFloatingPoint"},
+    {"UV", 2457600, "enableUvMap"},
+    {"Standard Deviation", 1228800, "enableDepthMapFloatingPoint"},
+    {"Combined", 614400, "enablePhaseMap"},
+    {"Audio", 192000, ""},
 };
 constexpr uint32_t kTypeCount = sizeof(kTypes) / sizeof(kTypes[0]);
 
@@ -77,6 +78,11 @@ QString BufferData::typeName(uint32_t type)
 QString BufferData::typeName() const
 {
     return typeName(type);
+}
+
+QString BufferData::enableProperty(uint32_t type)
+{
+    return QString::fromLatin1(type < kTypeCount ? kTypes[type].enableProperty : "");
 }
 
 int BufferData::flipWriteSlot()

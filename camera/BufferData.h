@@ -6,6 +6,7 @@
 #include <QMutex>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 
 class BufferSubWindow;
@@ -14,6 +15,12 @@ class NodeData;
 // One displayable stream of a node, double-buffered. The event thread fills slot `writeSlot` while
 // readers use the other one (readSlot()); the two swap under dataMutex at the start of every sample.
 // All memory is allocated at construction, at the kind's maximum size.
+//
+// Threads: the per-slot fields of the write slot belong to the event thread; those of the read slot
+// are read under dataMutex (for a depth node's buffers, with the camera manager's buffers lock taken
+// first). The fields that both sides touch outside that protocol are atomic: the frame count (counted
+// by the event thread, taken by the statistics), noData (written per sample, read by the availability
+// rules) and resetPending (set by the worker after a configuration change, taken by the GUI).
 class BufferData : public DeviceNodeBufferData {
 public:
     enum Type : uint32_t {
@@ -39,6 +46,9 @@ public:
     static uint32_t capacity(uint32_t type);
     static QString typeName(uint32_t type);
     QString typeName() const;
+    // The node property that switches a kind's map on ("enableDepthMap" ...); empty for kinds without
+    // one. "Combined" names the phase map, "Standard Deviation" the floating-point depth map.
+    static QString enableProperty(uint32_t type);
 
     // The last slot the writer finished.
     int readSlot() const { return 1 - writeSlot; }
@@ -47,18 +57,16 @@ public:
 
     NodeData* node; // the owner; not reference-counted
     uint32_t type;
-    uint64_t reserved64 = 0;
-    bool noData = false;            // the last sample carried no data for this buffer
-    const void* auxData = nullptr;  // Combined only: the confidence map that goes with the phase map
+    std::atomic<bool> noData{false};  // the last sample carried no data for this buffer
+    const void* auxData = nullptr;    // Combined only: the confidence map that goes with the phase map
     int32_t writeSlot = 0;
-    int32_t frameCount = 0;         // samples whose data was copied
-    int32_t paintCount = 0;
-    bool unavailable = false;
+    std::atomic<int32_t> frameCount{0}; // samples whose data was copied since the statistics last took it
+    bool unavailable = false;           // GUI thread: the view shows a status text instead of the image
     bool recorded = false;
     QMutex dataMutex; // guards writeSlot
 
     bool sizeChanged[2] = {true, true}; // the writer resizes the slot's image before filling it
-    bool resetPending[2] = {false, false};
+    std::atomic<bool> resetPending[2] = {false, false}; // the views start over at this slot
     uint8_t* data[2];                   // capacity(type) bytes each, 32-byte aligned
     uint32_t width[2] = {};
     uint32_t height[2] = {};

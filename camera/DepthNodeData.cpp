@@ -7,10 +7,10 @@ DepthNodeData::DepthNodeData(const Zerlane::Node& node, DeviceData* device,
     : NodeData(node, device, properties),
       configurations(configurations),
       currentConfiguration(currentConfiguration),
-      range(range),
       history(HistoryLength, nullptr),
       mean(new float[FrameFloats]),
-      deviation(new float[FrameFloats])
+      deviation(new float[FrameFloats]),
+      m_range(range)
 {
     for (float*& frame : history)
         frame = new float[FrameFloats];
@@ -22,4 +22,28 @@ DepthNodeData::~DepthNodeData()
         delete[] frame;
     delete[] mean;
     delete[] deviation;
+}
+
+Zerlane::DepthNode::Acceleration DepthNodeData::acceleration() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_acceleration;
+}
+
+void DepthNodeData::setAcceleration(const Zerlane::DepthNode::Acceleration& acceleration)
+{
+    QMutexLocker lock(&m_mutex);
+    m_acceleration = acceleration;
+}
+
+float DepthNodeData::range() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_range;
+}
+
+void DepthNodeData::setRange(float range)
+{
+    QMutexLocker lock(&m_mutex);
+    m_range = range;
 }

@@ -4,11 +4,16 @@
 
 #include <Zerlane/DepthNode.h>
 
+#include <QMutex>
+
 #include <vector>
 
 // A depth node, with the ring of recent floating-point depth frames used by the standard-deviation
 // statistics. The ring and the two result blocks are sized for a 640 x 480 frame whatever the node's
 // resolution, and allocated once, at construction.
+//
+// The acceleration (written by every sample, shown by the GUI) and the range (followed on the event
+// thread, read by the colouring and the panels) sit under the record's own lock.
 class DepthNodeData : public NodeData {
 public:
     static constexpr int HistoryLength = 100;
@@ -21,13 +26,21 @@ public:
                   Zerlane::DepthNode::Configuration* currentConfiguration, float range);
     ~DepthNodeData() override;
 
+    Zerlane::DepthNode::Acceleration acceleration() const;
+    void setAcceleration(const Zerlane::DepthNode::Acceleration& acceleration);
+    float range() const;
+    void setRange(float range);
+
     const std::vector<Zerlane::DepthNode::Configuration>* configurations;
     Zerlane::DepthNode::Configuration* currentConfiguration;
-    Zerlane::DepthNode::Acceleration acceleration;
-    float range;
     std::vector<float*> history; // HistoryLength blocks of FrameBytes, not zero-filled
     float* mean;
     float* deviation;
     uint32_t historyIndex = 0; // next slot of the ring
     uint32_t historyCount = 0; // frames held
+
+private:
+    mutable QMutex m_mutex;
+    Zerlane::DepthNode::Acceleration m_acceleration{};
+    float m_range;
 };

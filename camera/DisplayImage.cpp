@@ -1,11 +1,18 @@
 #include "camera/DisplayImage.h"
 
-#include "app/YuvConverter.h"
+#include "app/shared/YuvConverter.h"
 
+#include <atomic>
 #include <cstring>
 
 namespace {
 constexpr uint8_t kGrey = 128;
+std::atomic<uint64_t> g_lastGeneration{0};
+} // namespace
+
+void DisplayImage::markChanged()
+{
+    generation = ++g_lastGeneration;
 }
 
 DisplayImage::DisplayImage()
@@ -31,12 +38,11 @@ void DisplayImage::allocatePixels()
     delete[] pixels;
     pixels = new uint8_t[size_t(byteSize)];
     std::memset(pixels, kGrey, size_t(byteSize));
+    markChanged(); // a new block: whatever a view uploaded before is not these pixels
 }
 
 void DisplayImage::resize(uint32_t w, uint32_t h)
 {
-    const uint32_t oldTextureWidth = textureWidth;
-    const uint32_t oldTextureHeight = textureHeight;
     if (w != width) {
         width = w;
         textureWidth = textureSizeFor(w);
@@ -45,9 +51,6 @@ void DisplayImage::resize(uint32_t w, uint32_t h)
         height = h;
         textureHeight = textureSizeFor(h);
     }
-    // A texture of other dimensions must be allocated again by the view.
-    if (textureWidth != oldTextureWidth || textureHeight != oldTextureHeight)
-        textureAllocated = false;
     const int32_t newByteSize = int32_t(uint64_t(textureWidth) * 4 * textureHeight);
     if (newByteSize != byteSize) {
         byteSize = newByteSize;

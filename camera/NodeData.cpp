@@ -17,6 +17,15 @@ NodeData::~NodeData()
     }
 }
 
+BufferData* NodeData::buffer(uint32_t type) const
+{
+    for (BufferData* candidate : buffers) {
+        if (candidate->type == type)
+            return candidate;
+    }
+    return nullptr;
+}
+
 void NodeData::incrementActive()
 {
     DeviceNodeBufferData::incrementActive();

@@ -5,12 +5,17 @@
 #include <Zerlane/Node.h>
 #include <Zerlane/Property.h>
 
+#include <atomic>
+#include <cstdint>
 #include <vector>
 
 class BufferData;
 class DeviceData;
 
 // Mirror of one stream source of a device. The node owns one reference to each of its buffers.
+// The event thread counts samples and marks data received while the GUI thread (statistics, stop)
+// and the worker (configuration changes) read and reset them: those two are atomic. The flags
+// `registered` and `controlled` and the buffer list belong to the GUI thread.
 class NodeData : public DeviceNodeBufferData {
 public:
     NodeData(const Zerlane::Node& node, DeviceData* device, const std::vector<Zerlane::PropertyBase>& properties);
@@ -20,15 +25,17 @@ public:
     void incrementActive() override;
     void decrementActive() override;
 
+    // The node's buffer of a kind (BufferData::Type), or null when it has none.
+    BufferData* buffer(uint32_t type) const;
+
     Zerlane::Node node;
     DeviceData* device; // not reference-counted
     std::vector<Zerlane::PropertyBase> properties;
     std::vector<BufferData*> buffers;
-    int32_t sampleCount = 0; // sample events since the last statistics tick
-    int32_t reserved = 0;
+    std::atomic<int32_t> sampleCount{0}; // sample events since the statistics last took the count
     bool registered = false;
     bool controlled = false;
-    bool dataReceived = false;
+    std::atomic<bool> dataReceived{false}; // a sample was taken since streaming or the configuration changed
     // Region of the standard-deviation statistics; roiX < 0 means none is selected.
     int32_t roiX = -1, roiY = -1, roiWidth = -1, roiHeight = -1;
 };

@@ -21,3 +21,14 @@ DeviceData* deviceOf(DeviceNodeBufferData* record)
         return nullptr;
     }
 }
+
+NodeData* nodeOf(DeviceNodeBufferData* record)
+{
+    if (!record)
+        return nullptr;
+    if (record->kind() == DeviceNodeBufferData::KindNode)
+        return static_cast<NodeData*>(record);
+    if (record->kind() == DeviceNodeBufferData::KindBuffer)
+        return static_cast<BufferData*>(record)->node;
+    return nullptr;
+}
