@@ -21,7 +21,7 @@ int readSample(const uint8_t* pcm, int bytesPerSample)
 } // namespace
 
 bool AudioWaveform::drawSample(BufferData* buffer, int slot, const Zerlane::AudioNode::NewSampleReceivedData& sample,
-                               const Zerlane::AudioNode::Configuration* configuration)
+                               const Zerlane::AudioNode::Configuration& configuration)
 {
     const Zerlane::AudioFormat& format = sample.audioFormat;
     const int64_t bitsPerSecond = int64_t(format.bitsPerSample) * format.nbChannels * format.sampleRate;
@@ -34,9 +34,7 @@ bool AudioWaveform::drawSample(BufferData* buffer, int slot, const Zerlane::Audi
         image.resize(ImageWidth, ImageHeight);
         buffer->sizeChanged[slot] = false;
     }
-    if (!configuration)
-        return false;
-    const Zerlane::AudioFormat& current = configuration->audioFormat;
+    const Zerlane::AudioFormat& current = configuration.audioFormat;
     const int bytesPerFrame = current.nbChannels * current.bitsPerSample / 8;
     if (bytesPerFrame <= 0 || current.sampleRate <= 0)
         return false;
@@ -58,7 +56,7 @@ bool AudioWaveform::drawSample(BufferData* buffer, int slot, const Zerlane::Audi
     drawColumns(pixels, first, std::min(columns, ImageWidth), sample.audioData.data(),
                 std::min<uint32_t>(frames, uint32_t(bytes / bytesPerFrame)), current.nbChannels, current.bitsPerSample / 8);
     buffer->audioMarker[slot] = (first + columns) % ImageWidth;
-    image.uploaded = false;
+    image.markChanged();
     ++buffer->frameCount;
     return true;
 }

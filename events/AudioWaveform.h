@@ -14,7 +14,7 @@ public:
     // Copies the sample into the write slot and draws it. Returns false when the sample is too short
     // to cover one column (nothing is drawn then).
     static bool drawSample(BufferData* buffer, int slot, const Zerlane::AudioNode::NewSampleReceivedData& sample,
-                           const Zerlane::AudioNode::Configuration* configuration);
+                           const Zerlane::AudioNode::Configuration& configuration);
 
 private:
     static void drawColumns(uint32_t* image, uint32_t firstColumn, uint32_t columns, const uint8_t* pcm,

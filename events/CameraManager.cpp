@@ -1,28 +1,25 @@
 #include "events/CameraManager.h"
 
-#include "app/SingletonHolder.h"
-#include "app/StartupOptions.h"
-#include "app/ViewerLog.h"
+#include "app/shared/StartupOptions.h"
+#include "app/shared/TextUtils.h"
+#include "app/shared/ViewerLog.h"
 #include "camera/AudioNodeData.h"
 #include "camera/BufferData.h"
 #include "camera/ColorNodeData.h"
 #include "camera/DepthNodeData.h"
 #include "camera/DeviceData.h"
+#include "events/CameraManagerListener.h"
 #include "events/ZerlaneThread.h"
-#include "mainwindow/ZerlaneViewer.h"
 #include "palettes/DepthPalette.h"
-#include "tree/DeviceTreeModel.h"
-#include "widgets/ZRMessageBox.h"
 
 #include <QMutexLocker>
 
 #include <algorithm>
+#include <mutex>
 
 using Zerlane::Utils::Format;
 
 namespace {
-
-SingletonHolder<CameraManager> holder;
 
 template <class List, class Item>
 void eraseValue(List& list, Item item)
@@ -42,27 +39,13 @@ struct CameraManager::NodeConfigurations {
     const NodeData* node = nullptr;
 };
 
-CameraManager* CameraManager::instance()
-{
-    return holder.instance([] { return new CameraManager(); });
-}
-
-CameraManager* CameraManager::existingInstance()
-{
-    return holder.existing();
-}
-
-void CameraManager::destroyInstance()
-{
-    holder.destroy();
-}
-
 CameraManager::CameraManager()
     : m_context(openContext())
 {
-    m_currentPalette.reset(DepthPalette::fromXmlFile(":/palettes/closepalette.xml"));
-    if (!m_currentPalette) // only a broken build lacks the resource; keep colouring defined
-        m_currentPalette.reset(DepthPalette::greyScale(32768));
+    std::shared_ptr<const DepthPalette> palette(DepthPalette::fromXmlFile(":/palettes/closepalette.xml"));
+    if (!palette) // only a broken build lacks the resource; keep colouring defined
+        palette.reset(DepthPalette::greyScale(32768));
+    m_palette = std::move(palette);
 }
 
 CameraManager::~CameraManager()
@@ -89,87 +72,86 @@ Zerlane::Context CameraManager::context() const
     return m_context;
 }
 
-void CameraManager::setMainWindow(ZerlaneViewer* window)
+void CameraManager::setMainWindow(CameraManagerListener* window)
 {
     m_mainWindow = window;
 }
 
-ZerlaneViewer* CameraManager::mainWindow() const
+void CameraManager::warn(const QString& text) const
 {
-    return m_mainWindow;
-}
-
-void CameraManager::setWorkingThread(WorkingThread* worker)
-{
-    m_worker = worker;
-}
-
-WorkingThread* CameraManager::workingThread() const
-{
-    return m_worker;
-}
-
-void CameraManager::setTreeModel(DeviceTreeModel* model)
-{
-    m_treeModel = model;
-}
-
-DeviceTreeModel* CameraManager::treeModel() const
-{
-    return m_treeModel;
+    if (m_mainWindow)
+        m_mainWindow->showWarning(text);
+    else
+        ViewerLog::warning(text.toStdString());
 }
 
 int CameraManager::streamingState() const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_streamingState;
 }
 
 void CameraManager::setStreamingState(int state)
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_streamingState = state;
 }
 
 void CameraManager::startNodes()
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_context.startNodes();
     m_streamingState = Streaming;
 }
 
 void CameraManager::stopNodes()
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_context.stopNodes();
     m_streamingState = Stopped;
 }
 
-const DepthPalette& CameraManager::palette() const
+std::shared_ptr<const DepthPalette> CameraManager::palette() const
 {
-    return *m_currentPalette;
+    QMutexLocker lock(&m_sharedMutex);
+    return m_palette;
 }
 
 void CameraManager::setPalette(const DepthPalette& palette)
 {
-    // Copy into the existing table: the event thread colours through it without a lock, and a copy
-    // of the same size never moves it.
-    *m_currentPalette = palette;
+    // A new table: a frame being coloured through the old one keeps it until it is done.
+    auto copy = std::make_shared<const DepthPalette>(palette);
+    QMutexLocker lock(&m_sharedMutex);
+    m_palette = std::move(copy);
+}
+
+DisplayPreferences CameraManager::displayPreferences() const
+{
+    QMutexLocker lock(&m_sharedMutex);
+    return m_preferences;
+}
+
+void CameraManager::setDisplayPreferences(const DisplayPreferences& preferences)
+{
+    QMutexLocker lock(&m_sharedMutex);
+    m_preferences = preferences;
 }
 
 void CameraManager::setReferenceTime(quint64 time)
 {
+    const std::lock_guard lock(m_mutex);
     m_referenceTime = time;
 }
 
 quint64 CameraManager::referenceTime() const
 {
+    const std::lock_guard lock(m_mutex);
     return m_referenceTime;
 }
 
 qint64 CameraManager::relativeTime(quint64 time) const
 {
-    return qint64(time - m_referenceTime);
+    return qint64(time - referenceTime());
 }
 
 // ---- Discovery --------------------------------------------------------------------------------
@@ -182,9 +164,7 @@ DeviceData* CameraManager::addDevice(const Zerlane::Device& device)
     } catch (const Zerlane::Exception& e) {
         ViewerLog::warning(Format("Could not read device properties: %") % e.getMessage());
     }
-    auto* record = new DeviceData(device, properties);
-    insertIntoTree(record);
-    return record;
+    return new DeviceData(device, properties);
 }
 
 NodeData* CameraManager::addNode(const Zerlane::Device& device, const Zerlane::Node& node)
@@ -211,14 +191,12 @@ NodeData* CameraManager::addNode(const Zerlane::Device& device, const Zerlane::N
             ViewerLog::warning("No corresponding device found");
             return nullptr;
         }
-        NodeData* record = buildNodeRecord(device, node, deviceRecord);
+        NodeData* record = buildNodeRecord(node, deviceRecord);
         createBuffers(record);
         record->controlled = deviceRecord->controlled;
-        {
-            QMutexLocker lock(&m_mutex);
-            m_nodes.push_back(record);
-        }
-        insertIntoTree(record);
+        const std::lock_guard lock(m_mutex);
+        record->position = int32_t(deviceRecord->nodes.size());
+        m_nodes.push_back(record);
         return record;
     } catch (const Zerlane::Exception& e) {
         ViewerLog::error(Format("Could not add node : %") % e.getMessage());
@@ -226,7 +204,7 @@ NodeData* CameraManager::addNode(const Zerlane::Device& device, const Zerlane::N
     }
 }
 
-NodeData* CameraManager::buildNodeRecord(const Zerlane::Device&, const Zerlane::Node& node, DeviceData* deviceRecord)
+NodeData* CameraManager::buildNodeRecord(const Zerlane::Node& node, DeviceData* deviceRecord)
 {
     const std::vector<Zerlane::PropertyBase> properties = node.getType().getProperties();
     auto configurations = std::make_unique<NodeConfigurations>();
@@ -274,7 +252,7 @@ NodeData* CameraManager::buildNodeRecord(const Zerlane::Device&, const Zerlane::
                                    &configurations->audioCurrent);
     }
     configurations->node = record;
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_configurations.push_back(std::move(configurations));
     return record;
 }
@@ -297,34 +275,9 @@ void CameraManager::createBuffers(NodeData* node)
         node->buffers[i]->position = int32_t(i);
 }
 
-void CameraManager::insertIntoTree(DeviceData* device)
-{
-    const int row = deviceCount();
-    device->position = row;
-    if (m_treeModel)
-        m_treeModel->insertItem(row, device, QModelIndex());
-    else
-        appendDevice(device);
-}
-
-void CameraManager::insertIntoTree(NodeData* node)
-{
-    DeviceData* device = node->device;
-    int row = 0;
-    {
-        QMutexLocker lock(&m_mutex);
-        row = int(device->nodes.size());
-    }
-    node->position = row;
-    if (m_treeModel)
-        m_treeModel->insertItem(row, node, m_treeModel->indexOf(device));
-    else
-        appendNodeToDevice(node);
-}
-
 DeviceData* CameraManager::findDevice(const Zerlane::Device& device) const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     for (DeviceData* record : m_devices) {
         if (record->device == device)
             return record;
@@ -334,7 +287,7 @@ DeviceData* CameraManager::findDevice(const Zerlane::Device& device) const
 
 NodeData* CameraManager::findNode(const Zerlane::Node& node) const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     for (NodeData* record : m_nodes) {
         if (record->node == node)
             return record;
@@ -344,7 +297,7 @@ NodeData* CameraManager::findNode(const Zerlane::Node& node) const
 
 BufferData* CameraManager::findBuffer(quintptr address) const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     for (NodeData* node : m_nodes) {
         for (BufferData* buffer : node->buffers) {
             if (quintptr(buffer) == address)
@@ -381,24 +334,37 @@ void CameraManager::removeNode(NodeData* node)
     DeviceData* device = node->device;
     int row = -1;
     {
-        QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         auto it = std::find(device->nodes.begin(), device->nodes.end(), node);
         if (it != device->nodes.end())
             row = int(it - device->nodes.begin());
     }
-    if (row >= 0) {
-        if (m_treeModel)
-            m_treeModel->removeItem(row, m_treeModel->indexOf(device));
-        else
-            removeNodeAt(device, row);
+    if (row >= 0)
+        removeNodeAt(device, row);
+    else
+        forgetNode(node); // built but never shown under its device
+}
+
+void CameraManager::removeDevice(DeviceData* device)
+{
+    int row = -1;
+    {
+        const std::lock_guard lock(m_mutex);
+        auto it = std::find(m_devices.begin(), m_devices.end(), device);
+        if (it != m_devices.end())
+            row = int(it - m_devices.begin());
     }
+    if (row >= 0)
+        removeDeviceAt(row);
+}
+
+void CameraManager::forgetNode(NodeData* node)
+{
     for (BufferData* buffer : node->buffers)
         removeDisplayedBuffer(buffer);
-    if (ZerlaneThread* thread = ZerlaneThread::existingInstance(); thread && thread->currentNode() == node)
-        thread->setCurrentNode(nullptr);
     bool owned = false;
     {
-        QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         owned = std::find(m_nodes.begin(), m_nodes.end(), node) != m_nodes.end();
         eraseValue(m_nodes, node);
     }
@@ -406,51 +372,30 @@ void CameraManager::removeNode(NodeData* node)
         node->release();
 }
 
-void CameraManager::removeDevice(DeviceData* device)
-{
-    int row = -1;
-    {
-        QMutexLocker lock(&m_mutex);
-        auto it = std::find(m_devices.begin(), m_devices.end(), device);
-        if (it == m_devices.end())
-            return;
-        row = int(it - m_devices.begin());
-    }
-    const std::vector<NodeData*> nodes = device->nodes;
-    for (NodeData* node : nodes) {
-        for (BufferData* buffer : node->buffers)
-            removeDisplayedBuffer(buffer);
-    }
-    if (m_treeModel)
-        m_treeModel->removeItem(row, QModelIndex());
-    else
-        removeDeviceAt(row);
-}
-
 // ---- The tree model's store ---------------------------------------------------------------------
 
 int CameraManager::deviceCount() const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return int(m_devices.size());
 }
 
 DeviceData* CameraManager::deviceAt(int row) const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return row >= 0 && row < int(m_devices.size()) ? m_devices[size_t(row)] : nullptr;
 }
 
 void CameraManager::appendDevice(DeviceData* device)
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     device->position = int32_t(m_devices.size());
     m_devices.push_back(device);
 }
 
 void CameraManager::appendNodeToDevice(NodeData* node)
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     node->position = int32_t(node->device->nodes.size());
     node->device->nodes.push_back(node);
 }
@@ -458,9 +403,9 @@ void CameraManager::appendNodeToDevice(NodeData* node)
 void CameraManager::removeDeviceAt(int row)
 {
     DeviceData* device = nullptr;
-    std::vector<NodeData*> released;
+    std::vector<NodeData*> nodes;
     {
-        QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         if (row < 0 || row >= int(m_devices.size()))
             return;
         device = m_devices[size_t(row)];
@@ -468,51 +413,41 @@ void CameraManager::removeDeviceAt(int row)
         for (size_t i = 0; i < m_devices.size(); ++i)
             m_devices[i]->position = int32_t(i);
         // The device's nodes go with it.
-        for (NodeData* node : device->nodes) {
-            if (std::find(m_nodes.begin(), m_nodes.end(), node) != m_nodes.end())
-                released.push_back(node);
-            eraseValue(m_nodes, node);
-        }
-        device->nodes.clear();
+        nodes.swap(device->nodes);
     }
-    ZerlaneThread* thread = ZerlaneThread::existingInstance();
-    for (NodeData* node : released) {
-        if (thread && thread->currentNode() == node)
-            thread->setCurrentNode(nullptr);
-        node->release();
-    }
+    for (NodeData* node : nodes)
+        forgetNode(node);
     device->release();
 }
 
 void CameraManager::removeNodeAt(DeviceData* device, int row)
 {
-    QMutexLocker lock(&m_mutex);
-    if (row < 0 || row >= int(device->nodes.size()))
-        return;
-    device->nodes.erase(device->nodes.begin() + row);
-    for (size_t i = 0; i < device->nodes.size(); ++i)
-        device->nodes[i]->position = int32_t(i);
+    NodeData* node = nullptr;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (row < 0 || row >= int(device->nodes.size()))
+            return;
+        node = device->nodes[size_t(row)];
+        device->nodes.erase(device->nodes.begin() + row);
+        for (size_t i = 0; i < device->nodes.size(); ++i)
+            device->nodes[i]->position = int32_t(i);
+    }
+    forgetNode(node);
 }
 
 std::vector<DeviceData*> CameraManager::devices() const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_devices;
 }
 
 std::vector<NodeData*> CameraManager::nodes() const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_nodes;
 }
 
 // ---- Registration and control -------------------------------------------------------------------
-
-void CameraManager::refreshRow(DeviceNodeBufferData* record) const
-{
-    if (m_treeModel)
-        m_treeModel->refreshRecord(record);
-}
 
 void CameraManager::registerNode(NodeData* node, bool doRegister)
 {
@@ -522,26 +457,19 @@ void CameraManager::registerNode(NodeData* node, bool doRegister)
         else
             m_context.unregisterNode(node->node);
         node->registered = doRegister;
-        refreshRow(node);
     } catch (const Zerlane::Exception& e) {
-        ZRMessageBox::warning(QString("Could not %1 node : %2")
-                                  .arg(doRegister ? "register" : "unregister", QString::fromStdString(e.getMessage())));
+        warn(QString("Could not %1 node : %2")
+                 .arg(doRegister ? "register" : "unregister", QString::fromStdString(e.getMessage())));
     }
     if (m_mainWindow)
-        m_mainWindow->updateNodeRegisterAction(node->registered);
+        m_mainWindow->registrationChanged(node);
 }
 
 void CameraManager::registerDevice(DeviceData* device, bool doRegister)
 {
-    try {
-        device->registered = doRegister;
-        refreshRow(device);
-    } catch (const Zerlane::Exception& e) {
-        ZRMessageBox::warning(QString("Could not %1 device : %2")
-                                  .arg(doRegister ? "register" : "unregister", QString::fromStdString(e.getMessage())));
-    }
+    device->registered = doRegister;
     if (m_mainWindow)
-        m_mainWindow->updateDeviceRegisterAction(device->registered);
+        m_mainWindow->registrationChanged(device);
 }
 
 template <class Handle>
@@ -558,7 +486,7 @@ bool CameraManager::changeControl(const Handle& handle, bool& controlled, bool r
         }
         return true;
     } catch (const Zerlane::TimeoutException&) {
-        ZRMessageBox::warning("Another application has already\nclaimed control over this device.");
+        warn("Another application has already\nclaimed control over this device.");
     } catch (const Zerlane::Exception& e) {
         ViewerLog::error(Format("Could not % control: %") % (request ? "request" : "release") % e.getMessage());
     }
@@ -568,25 +496,21 @@ bool CameraManager::changeControl(const Handle& handle, bool& controlled, bool r
 void CameraManager::controlDevice(DeviceData* device, bool request)
 {
     if (changeControl(device->device, device->controlled, request)) {
-        refreshRow(device);
-        QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         for (NodeData* node : m_nodes) {
-            if (node->device == device) {
+            if (node->device == device)
                 node->controlled = device->controlled;
-                refreshRow(node);
-            }
         }
     }
     if (m_mainWindow)
-        m_mainWindow->updateDeviceControlAction(device->controlled);
+        m_mainWindow->controlChanged(device);
 }
 
 void CameraManager::controlNode(NodeData* node, bool request)
 {
-    if (changeControl(node->node, node->controlled, request))
-        refreshRow(node);
+    changeControl(node->node, node->controlled, request);
     if (m_mainWindow)
-        m_mainWindow->updateNodeControlAction(node->controlled);
+        m_mainWindow->controlChanged(node);
 }
 
 // ---- Properties ------------------------------------------------------------------------------------
@@ -618,10 +542,10 @@ bool CameraManager::setProperty(DeviceNodeBufferData* record, const QString& nam
         Zerlane::Property<T>::setValue(interfaceOf(record), localName.constData(), value);
         clearDataReceived(record);
         if (m_mainWindow)
-            m_mainWindow->onPropertySet(record);
+            m_mainWindow->propertySet(record);
         return true;
     } catch (const Zerlane::Exception& e) {
-        ZRMessageBox::warning(QString("Could not set property %1: %2").arg(name, QString::fromStdString(e.getMessage())));
+        warn(QString("Could not set property %1: %2").arg(name, QString::fromStdString(e.getMessage())));
         return false;
     }
 }
@@ -651,7 +575,7 @@ template Zerlane::ExposureAuto CameraManager::getProperty<Zerlane::ExposureAuto>
 
 CameraManager::NodeConfigurations* CameraManager::configurationsOf(const NodeData* node) const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     for (const auto& configurations : m_configurations) {
         if (configurations->node == node)
             return configurations.get();
@@ -666,8 +590,10 @@ namespace {
 void markConfigurationChanged(NodeData* node)
 {
     node->dataReceived = false;
-    for (BufferData* buffer : node->buffers)
-        buffer->resetPending[0] = buffer->resetPending[1] = true;
+    for (BufferData* buffer : node->buffers) {
+        buffer->resetPending[0] = true;
+        buffer->resetPending[1] = true;
+    }
 }
 
 } // namespace
@@ -679,8 +605,9 @@ void CameraManager::setConfiguration(NodeData* node, const Configuration& config
     if (apply)
         Kind(node->node).setConfiguration(configuration);
     markConfigurationChanged(node);
-    if (m_mainWindow) // from the worker: the window re-evaluates its actions on its own thread
-        QMetaObject::invokeMethod(m_mainWindow, "updateActions", Qt::QueuedConnection);
+    if (m_mainWindow)
+        m_mainWindow->configurationChanged(node);
+    const std::lock_guard lock(m_mutex);
     if (NodeConfigurations* stored = configurationsOf(node))
         stored->*current = configuration;
 }
@@ -700,6 +627,13 @@ void CameraManager::setAudioConfiguration(NodeData* node, const Zerlane::AudioNo
     setConfiguration<Zerlane::AudioNode>(node, configuration, apply, &NodeConfigurations::audioCurrent);
 }
 
+Zerlane::AudioNode::Configuration CameraManager::audioConfiguration(const NodeData* node) const
+{
+    const std::lock_guard lock(m_mutex);
+    const NodeConfigurations* stored = configurationsOf(node);
+    return stored ? stored->audioCurrent : Zerlane::AudioNode::Configuration();
+}
+
 void CameraManager::storeReportedConfiguration(NodeData* node)
 {
     if (node->node.is<Zerlane::DepthNode>())
@@ -716,7 +650,7 @@ void CameraManager::addDisplayedBuffer(BufferData* buffer)
 {
     bool firstOfNode = true;
     {
-        QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         if (std::find(m_buffers.begin(), m_buffers.end(), buffer) != m_buffers.end())
             return;
         for (BufferData* shown : m_buffers)
@@ -731,7 +665,7 @@ void CameraManager::removeDisplayedBuffer(BufferData* buffer)
 {
     bool lastOfNode = true;
     {
-        QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         auto it = std::find(m_buffers.begin(), m_buffers.end(), buffer);
         if (it == m_buffers.end())
             return;
@@ -745,20 +679,39 @@ void CameraManager::removeDisplayedBuffer(BufferData* buffer)
 
 std::vector<BufferData*> CameraManager::displayedBuffers() const
 {
-    QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return m_buffers;
 }
 
-int CameraManager::incrementPropertyUse(const QString& name)
+void CameraManager::switchMapOn(BufferData* buffer)
 {
-    QMutexLocker lock(&m_mutex);
-    return ++m_propertyUses[name];
+    const QString property = BufferData::enableProperty(buffer->type);
+    if (property.isEmpty())
+        return;
+    {
+        const std::lock_guard lock(m_mutex);
+        ++m_propertyUses[property];
+    }
+    // Set whatever the count was: the camera may have switched the map off meanwhile.
+    setProperty<bool>(buffer->node, property, true);
+    if (buffer->type == BufferData::Combined)
+        setProperty<bool>(buffer->node, "enableConfidenceMap", true);
 }
 
-int CameraManager::decrementPropertyUse(const QString& name)
+void CameraManager::switchMapOff(BufferData* buffer)
 {
-    QMutexLocker lock(&m_mutex);
-    int& uses = m_propertyUses[name];
-    uses = std::max(0, uses - 1);
-    return uses;
+    // Only the map's own use counts; "Combined" leaves the confidence map it also switched on.
+    const QString property = BufferData::enableProperty(buffer->type);
+    if (property.isEmpty())
+        return;
+    int uses = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        int& count = m_propertyUses[property];
+        count = std::max(0, count - 1);
+        uses = count;
+    }
+    // A camera that is gone has nothing left to switch off.
+    if (uses == 0 && !buffer->node->disconnected)
+        setProperty<bool>(buffer->node, property, false);
 }

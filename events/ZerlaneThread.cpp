@@ -1,103 +1,20 @@
 #include "events/ZerlaneThread.h"
 
-#include "app/SingletonHolder.h"
-#include "app/ViewerLog.h"
-#include "app/YuvConverter.h"
-#include "camera/AudioNodeData.h"
+#include "app/shared/ViewerLog.h"
 #include "camera/BufferData.h"
-#include "camera/ColorNodeData.h"
 #include "camera/DepthNodeData.h"
 #include "camera/DeviceData.h"
-#include "camera/StandardDeviationHistory.h"
-#include "events/AudioWaveform.h"
 #include "events/CameraManager.h"
-#include "palettes/DepthColorizer.h"
-#include "worker/Settings.h"
+#include "events/SampleIntake.h"
+#include "palettes/DepthPalette.h"
 
 #include <QCoreApplication>
 #include <QMutexLocker>
 
 #include <algorithm>
-#include <cstring>
+#include <mutex>
 
 namespace {
-
-SingletonHolder<ZerlaneThread> holder;
-
-// What one depth buffer is filled from: the map's bytes and, for the image, how to read them.
-struct DepthSource {
-    const void* data = nullptr;
-    size_t bytes = 0;
-    const void* aux = nullptr;
-};
-
-DepthSource depthSourceFor(uint32_t type, const Zerlane::DepthNode::NewSampleReceivedData& sample)
-{
-    switch (type) {
-    case BufferData::Phase:
-        return {sample.phaseMap.data(), size_t(sample.phaseMap.size()) * 2};
-    case BufferData::Confidence:
-        return {sample.confidenceMap.data(), size_t(sample.confidenceMap.size()) * 2};
-    case BufferData::Depth:
-        return {sample.depthMap.data(), size_t(sample.depthMap.size()) * 2};
-    case BufferData::DepthFloatingPoint:
-        return {sample.depthMapFloatingPoint.data(), size_t(sample.depthMapFloatingPoint.size()) * 4};
-    case BufferData::Vertices:
-        return {sample.vertices.data(), size_t(sample.vertices.size()) * 6};
-    case BufferData::VerticesFloatingPoint:
-        return {sample.verticesFloatingPoint.data(), size_t(sample.verticesFloatingPoint.size()) * 12};
-    case BufferData::UV:
-        return {sample.uvMap.data(), size_t(sample.uvMap.size()) * 8};
-    case BufferData::Combined:
-        return {sample.phaseMap.data(), size_t(sample.phaseMap.size()) * 2, sample.confidenceMap.data()};
-    default:
-        return {};
-    }
-}
-
-// A map delivered as three planes (x, y, z) is shown flat by its z plane.
-template <class T>
-const T* flatPlane(const T* map, size_t elements, size_t pixels)
-{
-    return elements >= 3 * pixels ? map + 2 * pixels : map;
-}
-
-void colorDepthImage(BufferData* buffer, int slot, const DepthSource& source, size_t pixels, const DepthPalette& palette,
-                     float range)
-{
-    auto* image = reinterpret_cast<uint32_t*>(buffer->image[slot].pixels);
-    const int count = int(pixels);
-    switch (buffer->type) {
-    case BufferData::Phase:
-    case BufferData::Confidence:
-    case BufferData::Combined:
-        DepthColorizer::colorize16(static_cast<const uint16_t*>(source.data), image, count, palette);
-        break;
-    case BufferData::Depth:
-        DepthColorizer::colorizeDepth(flatPlane(static_cast<const int16_t*>(source.data), source.bytes / 2, pixels),
-                                      image, count, palette, range);
-        break;
-    case BufferData::DepthFloatingPoint:
-        DepthColorizer::colorizeDepthFloat(flatPlane(static_cast<const float*>(source.data), source.bytes / 4, pixels),
-                                           image, count, palette, range);
-        break;
-    case BufferData::StandardDeviation:
-        DepthColorizer::colorizeStandardDeviation(static_cast<const float*>(source.data), image, count, palette, range);
-        break;
-    default:
-        return; // the geometry kinds have no image
-    }
-    buffer->image[slot].uploaded = false;
-}
-
-void resizeImageIfNeeded(BufferData* buffer, int slot, uint32_t width, uint32_t height)
-{
-    DisplayImage& image = buffer->image[slot];
-    if (buffer->sizeChanged[slot] || image.width != width || image.height != height) {
-        image.resize(width, height);
-        buffer->sizeChanged[slot] = false;
-    }
-}
 
 template <class Sample>
 void stampSlot(BufferData* buffer, int slot, const Sample& sample, quint64 eventTime)
@@ -110,21 +27,6 @@ void stampSlot(BufferData* buffer, int slot, const Sample& sample, quint64 event
 }
 
 } // namespace
-
-ZerlaneThread* ZerlaneThread::instance()
-{
-    return holder.instance([] { return new ZerlaneThread(); });
-}
-
-ZerlaneThread* ZerlaneThread::existingInstance()
-{
-    return holder.existing();
-}
-
-void ZerlaneThread::destroyInstance()
-{
-    holder.destroy();
-}
 
 ZerlaneThread::ZerlaneThread()
     : m_clientConnectedHandler(this, &ZerlaneThread::onClientConnected)
@@ -316,7 +218,7 @@ void ZerlaneThread::onNodePropertyChanged(Zerlane::Node node, Zerlane::PropertyC
     if (data.property.isSet() && data.property.name() == "range" && node.is<Zerlane::DepthNode>()) {
         if (auto* record = static_cast<DepthNodeData*>(m_manager ? m_manager->findNode(node) : nullptr)) {
             try {
-                record->range = Zerlane::DepthNode(node).getRange();
+                record->setRange(Zerlane::DepthNode(node).getRange());
             } catch (const Zerlane::Exception&) {
                 // keep the last known range; the panel reports the read failure
             }
@@ -327,24 +229,22 @@ void ZerlaneThread::onNodePropertyChanged(Zerlane::Node node, Zerlane::PropertyC
 
 // ---- Samples -------------------------------------------------------------------------------------
 
-NodeData* ZerlaneThread::takeSample(const Zerlane::Node& node, quint64 timeOfCapture, quint64 timeOfArrival,
-                                    quint64* eventTime)
+ZerlaneThread::HeldNode ZerlaneThread::takeSample(const Zerlane::Node& node, quint64 timeOfCapture,
+                                                  quint64 timeOfArrival, quint64* eventTime)
 {
     if (!m_manager) // handlers called outside the service loop (benchmarks) find the manager themselves
         m_manager = CameraManager::instance();
-    NodeData* record = nullptr;
+    HeldNode record;
     {
-        QMutexLocker lock(&m_manager->mutex());
-        record = m_manager->findNode(node);
+        const std::lock_guard lock(m_manager->mutex());
+        record.reset(m_manager->findNode(node));
         if (!record)
-            return nullptr;
-        record->addRef(); // the GUI thread may drop the record while this sample is copied
+            return record;
+        record->addRef();
     }
     ++record->sampleCount;
-    if (m_manager->streamingState() != CameraManager::Streaming) {
-        record->release();
+    if (m_manager->streamingState() != CameraManager::Streaming)
         return nullptr;
-    }
     long now = 0;
     Zerlane::Utils::Clock::getTime(now);
     *eventTime = quint64(now);
@@ -354,96 +254,67 @@ NodeData* ZerlaneThread::takeSample(const Zerlane::Node& node, quint64 timeOfCap
     return record;
 }
 
+template <class Sample, class Fill>
+void ZerlaneThread::deliver(NodeData* record, const Sample& sample, quint64 eventTime, SlotFlip flip, Fill fill)
+{
+    if (flip == SlotFlip::Together) {
+        m_manager->lockBuffers();
+        for (BufferData* buffer : record->buffers)
+            buffer->flipWriteSlot();
+        m_manager->unlockBuffers();
+    }
+    for (BufferData* buffer : record->buffers) {
+        const int slot = flip == SlotFlip::Together ? buffer->writeSlot : buffer->flipWriteSlot();
+        stampSlot(buffer, slot, sample, eventTime);
+        if (fill(buffer, slot))
+            emit newFrame(buffer);
+    }
+}
+
 void ZerlaneThread::onDepthSample(Zerlane::DepthNode node, Zerlane::DepthNode::NewSampleReceivedData sample)
 {
     quint64 eventTime = 0;
-    NodeData* record = takeSample(node, sample.timeOfCapture, sample.timeOfArrival, &eventTime);
+    const HeldNode record = takeSample(node, sample.timeOfCapture, sample.timeOfArrival, &eventTime);
     if (!record)
         return;
-    auto* depth = static_cast<DepthNodeData*>(record);
-    depth->acceleration = sample.acceleration;
-    int32_t width = 0, height = 0;
-    Zerlane::FrameFormat_toResolution(sample.captureConfiguration.frameFormat, &width, &height);
-
-    // All buffers of the node move to their new slot together, so a reader holding the buffers lock
-    // sees the maps of one sample.
-    m_manager->lockBuffers();
-    for (BufferData* buffer : record->buffers)
-        buffer->flipWriteSlot();
-    m_manager->unlockBuffers();
-
-    const DepthPalette& palette = m_manager->palette();
-    for (BufferData* buffer : record->buffers) {
-        const int slot = buffer->writeSlot;
-        const bool deviation = buffer->type == BufferData::StandardDeviation;
-        const uint32_t w = deviation ? uint32_t(std::max(0, depth->roiWidth)) : uint32_t(width);
-        const uint32_t h = deviation ? uint32_t(std::max(0, depth->roiHeight)) : uint32_t(height);
-        stampSlot(buffer, slot, sample, eventTime);
-        buffer->width[slot] = w;
-        buffer->height[slot] = h;
-
-        DepthSource source = depthSourceFor(buffer->type, sample);
-        if (deviation && depth->roiX >= 0 && sample.depthMapFloatingPoint.data())
-            source = {StandardDeviationHistory::addFrame(*depth, sample.depthMapFloatingPoint.data(), width, Settings::sdNumFrames()),
-                      size_t(w) * h * 4};
-        buffer->noData = source.data == nullptr;
-        if (source.data && w > 0 && h > 0) {
-            std::memcpy(buffer->data[slot], source.data, std::min<size_t>(source.bytes, BufferData::capacity(buffer->type)));
-            buffer->auxData = source.aux;
-            resizeImageIfNeeded(buffer, slot, w, h);
-            colorDepthImage(buffer, slot, source, size_t(w) * h, palette, depth->range);
-            ++buffer->frameCount;
-        }
-        emit newFrame(buffer);
-    }
-    record->release();
+    auto* depth = static_cast<DepthNodeData*>(record.get());
+    depth->setAcceleration(sample.acceleration);
+    // The palette and preferences of this frame: a change made meanwhile applies from the next one.
+    const std::shared_ptr<const DepthPalette> palette = m_manager->palette();
+    SampleIntake::DepthFrame frame;
+    frame.node = depth;
+    Zerlane::FrameFormat_toResolution(sample.captureConfiguration.frameFormat, &frame.width, &frame.height);
+    frame.palette = palette.get();
+    frame.range = depth->range();
+    frame.sdNumFrames = m_manager->displayPreferences().sdNumFrames;
+    deliver(depth, sample, eventTime, SlotFlip::Together, [&](BufferData* buffer, int slot) {
+        SampleIntake::fillDepthBuffer(buffer, slot, sample, frame);
+        return true;
+    });
 }
 
 void ZerlaneThread::onColorSample(Zerlane::ColorNode node, Zerlane::ColorNode::NewSampleReceivedData sample)
 {
     quint64 eventTime = 0;
-    NodeData* record = takeSample(node, sample.timeOfCapture, sample.timeOfArrival, &eventTime);
+    const HeldNode record = takeSample(node, sample.timeOfCapture, sample.timeOfArrival, &eventTime);
     if (!record)
         return;
     int32_t width = 0, height = 0;
     Zerlane::FrameFormat_toResolution(sample.captureConfiguration.frameFormat, &width, &height);
-    for (BufferData* buffer : record->buffers) {
-        const int slot = buffer->flipWriteSlot();
-        stampSlot(buffer, slot, sample, eventTime);
-        buffer->width[slot] = uint32_t(width);
-        buffer->height[slot] = uint32_t(height);
-        buffer->noData = sample.colorMap.data() == nullptr;
-        if (!buffer->noData && width > 0 && height > 0) {
-            resizeImageIfNeeded(buffer, slot, uint32_t(width), uint32_t(height));
-            uint8_t* pixels = buffer->image[slot].pixels;
-            if (sample.captureConfiguration.compression == Zerlane::COMPRESSION_TYPE_NONE)
-                YuvConverter::copyBgr(sample.colorMap.data(), pixels, width, height);
-            else
-                YuvConverter::yuy2ToBgr(sample.colorMap.data(), pixels, width, height);
-            buffer->image[slot].uploaded = false;
-            ++buffer->frameCount;
-        }
-        emit newFrame(buffer);
-    }
-    record->release();
+    deliver(record.get(), sample, eventTime, SlotFlip::EachBuffer, [&](BufferData* buffer, int slot) {
+        SampleIntake::fillColorBuffer(buffer, slot, sample, width, height);
+        return true;
+    });
 }
 
 void ZerlaneThread::onAudioSample(Zerlane::AudioNode node, Zerlane::AudioNode::NewSampleReceivedData sample)
 {
     quint64 eventTime = 0;
-    NodeData* record = takeSample(node, sample.timeOfCapture, sample.timeOfArrival, &eventTime);
+    const HeldNode record = takeSample(node, sample.timeOfCapture, sample.timeOfArrival, &eventTime);
     if (!record)
         return;
-    const Zerlane::AudioNode::Configuration* configuration = static_cast<AudioNodeData*>(record)->currentConfiguration;
-    for (BufferData* buffer : record->buffers) {
-        const int slot = buffer->flipWriteSlot();
-        stampSlot(buffer, slot, sample, eventTime);
-        if (sample.audioData.size() > 0) {
-            buffer->noData = sample.audioData.data() == nullptr;
-            if (!buffer->noData && !AudioWaveform::drawSample(buffer, slot, sample, configuration))
-                continue; // too short to cover one column: nothing new to show
-        }
-        emit newFrame(buffer);
-    }
-    record->release();
+    const Zerlane::AudioNode::Configuration configuration = m_manager->audioConfiguration(record.get());
+    deliver(record.get(), sample, eventTime, SlotFlip::EachBuffer, [&](BufferData* buffer, int slot) {
+        return SampleIntake::fillAudioBuffer(buffer, slot, sample, configuration);
+    });
 }

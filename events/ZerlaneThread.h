@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Zerlane/Zerlane.h"
+#include "app/shared/Singleton.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
@@ -12,28 +13,19 @@
 #include <memory>
 
 class CameraManager;
-class DeviceTreeView;
 
 // The thread inside which the camera service runs its event loop. Its handlers turn service events
 // into signals for the main window and copy samples into the node records' buffers.
-class ZerlaneThread : public QThread {
+class ZerlaneThread : public QThread, public Singleton<ZerlaneThread> {
     Q_OBJECT
 
 public:
-    static ZerlaneThread* instance();
-    static ZerlaneThread* existingInstance();
-    static void destroyInstance();
     ~ZerlaneThread() override;
 
     // True exactly while the service loop runs.
     bool isLoopRunning() const { return m_running; }
     // The next sample sets the reference time.
     void resetReferenceTime() { m_resetReferenceTime = true; }
-
-    NodeData* currentNode() const { return m_currentNode; }
-    void setCurrentNode(NodeData* node) { m_currentNode = node; }
-    DeviceTreeView* treeView() const { return m_treeView; }
-    void setTreeView(DeviceTreeView* view) { m_treeView = view; }
 
     // A node delivers its samples to the program only while one of its buffers is shown.
     void bindSamples(NodeData* node);
@@ -71,7 +63,17 @@ protected:
     void run() override;
 
 private:
+    friend class Singleton<ZerlaneThread>;
     ZerlaneThread();
+
+    // A node record held while one of its samples is copied: the GUI thread may drop the record meanwhile.
+    struct ReleaseRecord {
+        void operator()(NodeData* record) const { record->release(); }
+    };
+    using HeldNode = std::unique_ptr<NodeData, ReleaseRecord>;
+    // How a sample moves its node's buffers to their next slot: a depth node's all together under the
+    // buffers lock (a reader holding it sees the maps of one sample), the others one by one.
+    enum class SlotFlip { Together, EachBuffer };
 
     void runServiceLoop();
     void finishRun();
@@ -79,17 +81,19 @@ private:
     void bindNodeProperties(Zerlane::Node node);
     // Logs another client's arrival or departure and shows it in the status bar.
     void reportClient(const char* format, const Zerlane::Context::ClientData_p& client);
-    // Common start of the sample handlers: the node's record with a reference taken, or null when the
-    // sample is not taken (unknown node, not streaming).
-    NodeData* takeSample(const Zerlane::Node& node, quint64 timeOfCapture, quint64 timeOfArrival, quint64* eventTime);
+    // Common start of the sample handlers: the node's record, held, or null when the sample is not
+    // taken (unknown node, not streaming). Counts the sample and sets the reference time on the first.
+    HeldNode takeSample(const Zerlane::Node& node, quint64 timeOfCapture, quint64 timeOfArrival, quint64* eventTime);
+    // Common end: flips the slots, stamps each buffer's write slot with the sample's times and dropped
+    // counts, lets `fill` fill it, and announces the buffer unless `fill` says there is nothing new.
+    template <class Sample, class Fill>
+    void deliver(NodeData* record, const Sample& sample, quint64 eventTime, SlotFlip flip, Fill fill);
 
     CameraManager* m_manager = nullptr;
     QMutex m_mutex;
     std::atomic<bool> m_resetReferenceTime{true};
     bool m_quitOnExit = true;
     std::atomic<bool> m_running{false};
-    NodeData* m_currentNode = nullptr;
-    DeviceTreeView* m_treeView = nullptr;
     Zerlane::Context m_context;
 
     // One handler object per event kind, bound for the life of the thread.

@@ -1,10 +1,10 @@
 #include "info/InfoWidget.h"
 
 #include "Zerlane/Zerlane.h"
-#include "app/TextUtils.h"
+#include "app/shared/TextUtils.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
-#include "info/InfoWidgetSetWidgetEvent.h"
+#include "worker/InfoWidgetSetWidgetEvent.h"
 #include "worker/PostponedCalls.h"
 
 #include <QApplication>

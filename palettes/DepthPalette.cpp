@@ -1,6 +1,6 @@
 #include "palettes/DepthPalette.h"
 
-#include "app/ViewerLog.h"
+#include "app/shared/ViewerLog.h"
 
 #include <Zerlane/Utils/Format.h>
 

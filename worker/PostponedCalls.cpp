@@ -1,28 +1,8 @@
 #include "worker/PostponedCalls.h"
 
-#include "info/InfoWidgetSetWidgetEvent.h"
+#include "worker/InfoWidgetSetWidgetEvent.h"
 
 #include <QCoreApplication>
-
-namespace {
-QMutex g_instanceMutex;
-PostponedCalls* g_instance = nullptr;
-} // namespace
-
-PostponedCalls* PostponedCalls::instance()
-{
-    QMutexLocker locker(&g_instanceMutex);
-    if (!g_instance)
-        g_instance = new PostponedCalls();
-    return g_instance;
-}
-
-void PostponedCalls::destroyInstance()
-{
-    QMutexLocker locker(&g_instanceMutex);
-    delete g_instance;
-    g_instance = nullptr;
-}
 
 void PostponedCalls::addOrReplace(const Call& call)
 {

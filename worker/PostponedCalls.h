@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/shared/Singleton.h"
+
 #include <QMutex>
 
 #include <cstdint>
@@ -10,7 +12,7 @@ class QWidget;
 
 // GUI changes held back while a modal widget is open, so that nothing under a message box is swapped
 // or deleted. The message boxes run the kept calls once the last modal widget has closed.
-class PostponedCalls {
+class PostponedCalls : public Singleton<PostponedCalls> {
 public:
     enum CallType : int32_t { SetWidget = 1 }; // install a content widget in the info panel
 
@@ -19,9 +21,6 @@ public:
         QObject* receiver;
         void* argument; // SetWidget: the QWidget* to install
     };
-
-    static PostponedCalls* instance();
-    static void destroyInstance();
 
     // Overwrites the first kept call of the same type (receivers are not compared), or appends.
     void addOrReplace(const Call& call);
@@ -34,6 +33,7 @@ public:
     int count() const;
 
 private:
+    friend class Singleton<PostponedCalls>;
     PostponedCalls() = default;
 
     std::vector<Call> m_calls;

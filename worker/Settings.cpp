@@ -1,9 +1,10 @@
 #include "worker/Settings.h"
 
-#include "app/ViewerLog.h"
+#include "app/shared/ViewerLog.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
+#include "events/DisplayPreferences.h"
 
 #include <Zerlane/AudioNode.h>
 #include <Zerlane/ColorNode.h>
@@ -21,6 +22,9 @@ namespace {
 
 // The store is used from the GUI and the worker thread; one lock serialises every access.
 QRecursiveMutex g_mutex;
+
+// The defaults of the per-frame preferences are the cache's own.
+const DisplayPreferences kDisplayDefaults;
 
 // Running numbers of the workspace records, for the whole process.
 int g_deviceCounter = 0;
@@ -257,22 +261,39 @@ bool Settings::autoExpandDevices() { return boolValue(QStringLiteral("general/au
 void Settings::setAutoExpandDevices(bool on) { setValue(QStringLiteral("general/autoExpandDevices"), on); }
 bool Settings::autoExpandNodes() { return boolValue(QStringLiteral("general/autoExpandNodes"), true); }
 void Settings::setAutoExpandNodes(bool on) { setValue(QStringLiteral("general/autoExpandNodes"), on); }
-int Settings::sdNumFrames() { return intValue(QStringLiteral("view2d/sdNumFrames"), 100); }
+int Settings::sdNumFrames() { return intValue(QStringLiteral("view2d/sdNumFrames"), kDisplayDefaults.sdNumFrames); }
 void Settings::setSdNumFrames(int frames) { setValue(QStringLiteral("view2d/sdNumFrames"), frames); }
-quint32 Settings::roiColor() { return uintValue(QStringLiteral("view2d/roiColor"), 0x3399FF); }
+quint32 Settings::roiColor() { return uintValue(QStringLiteral("view2d/roiColor"), kDisplayDefaults.roiColor); }
 void Settings::setRoiColor(quint32 rgb) { setValue(QStringLiteral("view2d/roiColor"), rgb); }
-int Settings::dotSize() { return intValue(QStringLiteral("view3d/dotSize"), 2); }
+int Settings::dotSize() { return intValue(QStringLiteral("view3d/dotSize"), kDisplayDefaults.dotSize); }
 void Settings::setDotSize(int size) { setValue(QStringLiteral("view3d/dotSize"), size); }
-bool Settings::displayTriangles() { return boolValue(QStringLiteral("view3d/displayTriangles"), false); }
+bool Settings::displayTriangles() { return boolValue(QStringLiteral("view3d/displayTriangles"), kDisplayDefaults.displayTriangles); }
 void Settings::setDisplayTriangles(bool on) { setValue(QStringLiteral("view3d/displayTriangles"), on); }
-bool Settings::displayAxis() { return boolValue(QStringLiteral("view3d/displayAxis"), true); }
+bool Settings::displayAxis() { return boolValue(QStringLiteral("view3d/displayAxis"), kDisplayDefaults.displayAxis); }
 void Settings::setDisplayAxis(bool on) { setValue(QStringLiteral("view3d/displayAxis"), on); }
-bool Settings::displayAxisLabels() { return boolValue(QStringLiteral("view3d/displayAxisLabels"), false); }
+bool Settings::displayAxisLabels() { return boolValue(QStringLiteral("view3d/displayAxisLabels"), kDisplayDefaults.displayAxisLabels); }
 void Settings::setDisplayAxisLabels(bool on) { setValue(QStringLiteral("view3d/displayAxisLabels"), on); }
-quint32 Settings::nonMappedUvPixelsColor() { return uintValue(QStringLiteral("view3d/nonMappedUvPixelsColor"), 0x000000); }
+quint32 Settings::nonMappedUvPixelsColor()
+{
+    return uintValue(QStringLiteral("view3d/nonMappedUvPixelsColor"), kDisplayDefaults.nonMappedUvPixelsColor);
+}
 void Settings::setNonMappedUvPixelsColor(quint32 rgb) { setValue(QStringLiteral("view3d/nonMappedUvPixelsColor"), rgb); }
-quint32 Settings::backgroundColor() { return uintValue(QStringLiteral("view3d/backgroundColor"), 0x000000); }
+quint32 Settings::backgroundColor() { return uintValue(QStringLiteral("view3d/backgroundColor"), kDisplayDefaults.backgroundColor); }
 void Settings::setBackgroundColor(quint32 rgb) { setValue(QStringLiteral("view3d/backgroundColor"), rgb); }
+
+DisplayPreferences Settings::displayPreferences()
+{
+    DisplayPreferences preferences;
+    preferences.sdNumFrames = sdNumFrames();
+    preferences.roiColor = roiColor();
+    preferences.dotSize = dotSize();
+    preferences.displayTriangles = displayTriangles();
+    preferences.displayAxis = displayAxis();
+    preferences.displayAxisLabels = displayAxisLabels();
+    preferences.nonMappedUvPixelsColor = nonMappedUvPixelsColor();
+    preferences.backgroundColor = backgroundColor();
+    return preferences;
+}
 
 // ---- camera presets -------------------------------------------------------------------------------
 

@@ -8,6 +8,7 @@
 
 #include <Zerlane/Configurations.h>
 
+struct DisplayPreferences;
 class BufferData;
 class DeviceData;
 class NodeData;
@@ -43,6 +44,8 @@ public:
     static void setNonMappedUvPixelsColor(quint32 rgb);
     static quint32 backgroundColor();
     static void setBackgroundColor(quint32 rgb);
+    // The preferences used for every sample and paint, read in one go for the camera manager's copy.
+    static DisplayPreferences displayPreferences();
 
     // Camera presets of the 3D view: 0 Front, 1 Left, 2 Right, 3 Top, 4 Bottom.
     enum Preset { Front = 0, Left, Right, Top, Bottom, PresetCount };

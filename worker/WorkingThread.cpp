@@ -1,30 +1,6 @@
 #include "worker/WorkingThread.h"
 
-#include "app/SingletonHolder.h"
 #include "events/CameraManager.h"
-
-#include <QMutexLocker>
-
-namespace {
-
-SingletonHolder<WorkingThread> holder;
-
-} // namespace
-
-WorkingThread* WorkingThread::instance()
-{
-    return holder.instance([] { return new WorkingThread(); });
-}
-
-WorkingThread* WorkingThread::existingInstance()
-{
-    return holder.existing();
-}
-
-void WorkingThread::destroyInstance()
-{
-    holder.destroy();
-}
 
 WorkingThread::WorkingThread() = default;
 
@@ -56,23 +32,23 @@ void WorkingThread::applyConfiguration(NodeData* nodeData, const char* nodeName,
 
 void WorkingThread::onSetDepthConfig(NodeData* nodeData, Zerlane::DepthNode::Configuration config)
 {
-    applyConfiguration(nodeData, "Depth", [&] { CameraManager::instance()->setDepthConfiguration(nodeData, config, true); });
+    applyConfiguration(nodeData, "Depth", [&] { m_manager->setDepthConfiguration(nodeData, config, true); });
 }
 
 void WorkingThread::onSetColorConfig(NodeData* nodeData, Zerlane::ColorNode::Configuration config)
 {
-    applyConfiguration(nodeData, "Color", [&] { CameraManager::instance()->setColorConfiguration(nodeData, config, true); });
+    applyConfiguration(nodeData, "Color", [&] { m_manager->setColorConfiguration(nodeData, config, true); });
 }
 
 void WorkingThread::onSetAudioConfig(NodeData* nodeData, Zerlane::AudioNode::Configuration config)
 {
-    applyConfiguration(nodeData, "Audio", [&] { CameraManager::instance()->setAudioConfiguration(nodeData, config, true); });
+    applyConfiguration(nodeData, "Audio", [&] { m_manager->setAudioConfiguration(nodeData, config, true); });
 }
 
 void WorkingThread::onStartStreaming()
 {
     try {
-        CameraManager::instance()->startNodes();
+        m_manager->startNodes();
         emit streamingStarted(true);
     } catch (const Zerlane::Exception& e) {
         emit streamingStarted(false);
@@ -83,7 +59,7 @@ void WorkingThread::onStartStreaming()
 void WorkingThread::onStopStreaming()
 {
     try {
-        CameraManager::instance()->stopNodes();
+        m_manager->stopNodes();
         emit streamingStopped(true);
     } catch (const Zerlane::Exception& e) {
         emit streamingStopped(false);

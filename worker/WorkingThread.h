@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Zerlane/Zerlane.h"
+#include "app/shared/Singleton.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
@@ -15,13 +16,10 @@ class CameraManager;
 // Carries out the requests that may block in the camera service (configurations, start, stop) on its
 // own thread, so that the window stays responsive. The object is moved to itself: its slots run on
 // this thread, one at a time, in the order they were posted.
-class WorkingThread : public QThread {
+class WorkingThread : public QThread, public Singleton<WorkingThread> {
     Q_OBJECT
 
 public:
-    static WorkingThread* instance();
-    static WorkingThread* existingInstance();
-    static void destroyInstance();
     ~WorkingThread() override;
 
 signals:
@@ -47,6 +45,7 @@ protected:
     void run() override;
 
 private:
+    friend class Singleton<WorkingThread>;
     WorkingThread();
 
     // Applies a configuration through the manager; `nodeName` is "Depth", "Color" or "Audio".

@@ -1,4 +1,4 @@
-#include "info/InfoWidgetSetWidgetEvent.h"
+#include "worker/InfoWidgetSetWidgetEvent.h"
 
 QEvent::Type InfoWidgetSetWidgetEvent::eventType()
 {

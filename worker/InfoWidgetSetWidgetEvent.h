@@ -5,7 +5,7 @@
 class QWidget;
 
 // Asks the info panel to install a new content widget; posted by the postponed calls once no modal
-// widget is open any more.
+// widget is open any more. It lives beside the postponed calls that make it; the panel receives it.
 class InfoWidgetSetWidgetEvent : public QEvent {
 public:
     // Registered with Qt once, on first use.

@@ -1,0 +1,140 @@
+#include "events/SampleIntake.h"
+
+#include "camera/BufferData.h"
+#include "camera/DepthNodeData.h"
+#include "camera/StandardDeviationHistory.h"
+#include "events/AudioWaveform.h"
+#include "palettes/DepthColorizer.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// What one depth buffer is filled from: the map's bytes and, for the image, how to read them.
+struct DepthSource {
+    const void* data = nullptr;
+    size_t bytes = 0;
+    const void* aux = nullptr;
+};
+
+DepthSource depthSourceFor(uint32_t type, const Zerlane::DepthNode::NewSampleReceivedData& sample)
+{
+    switch (type) {
+    case BufferData::Phase:
+        return {sample.phaseMap.data(), size_t(sample.phaseMap.size()) * 2};
+    case BufferData::Confidence:
+        return {sample.confidenceMap.data(), size_t(sample.confidenceMap.size()) * 2};
+    case BufferData::Depth:
+        return {sample.depthMap.data(), size_t(sample.depthMap.size()) * 2};
+    case BufferData::DepthFloatingPoint:
+        return {sample.depthMapFloatingPoint.data(), size_t(sample.depthMapFloatingPoint.size()) * 4};
+    case BufferData::Vertices:
+        return {sample.vertices.data(), size_t(sample.vertices.size()) * 6};
+    case BufferData::VerticesFloatingPoint:
+        return {sample.verticesFloatingPoint.data(), size_t(sample.verticesFloatingPoint.size()) * 12};
+    case BufferData::UV:
+        return {sample.uvMap.data(), size_t(sample.uvMap.size()) * 8};
+    case BufferData::Combined:
+        return {sample.phaseMap.data(), size_t(sample.phaseMap.size()) * 2, sample.confidenceMap.data()};
+    default:
+        return {};
+    }
+}
+
+// A map delivered as three planes (x, y, z) is shown flat by its z plane.
+template <class T>
+const T* flatPlane(const T* map, size_t elements, size_t pixels)
+{
+    return elements >= 3 * pixels ? map + 2 * pixels : map;
+}
+
+void colorDepthImage(BufferData* buffer, int slot, const DepthSource& source, size_t pixels, const DepthPalette& palette,
+                     float range)
+{
+    DisplayImage& image = buffer->image[slot];
+    const int count = int(pixels);
+    switch (buffer->type) {
+    case BufferData::Phase:
+    case BufferData::Confidence:
+    case BufferData::Combined:
+        DepthColorizer::colorize16(static_cast<const uint16_t*>(source.data), image.words(), count, palette);
+        break;
+    case BufferData::Depth:
+        DepthColorizer::colorizeDepth(flatPlane(static_cast<const int16_t*>(source.data), source.bytes / 2, pixels),
+                                      image.words(), count, palette, range);
+        break;
+    case BufferData::DepthFloatingPoint:
+        DepthColorizer::colorizeDepthFloat(flatPlane(static_cast<const float*>(source.data), source.bytes / 4, pixels),
+                                           image.words(), count, palette, range);
+        break;
+    case BufferData::StandardDeviation:
+        DepthColorizer::colorizeStandardDeviation(static_cast<const float*>(source.data), image.words(), count, palette,
+                                                  range);
+        break;
+    default:
+        return; // the geometry kinds have no image
+    }
+    image.markChanged();
+}
+
+void resizeImageIfNeeded(BufferData* buffer, int slot, uint32_t width, uint32_t height)
+{
+    DisplayImage& image = buffer->image[slot];
+    if (buffer->sizeChanged[slot] || image.width != width || image.height != height) {
+        image.resize(width, height);
+        buffer->sizeChanged[slot] = false;
+    }
+}
+
+} // namespace
+
+void SampleIntake::fillDepthBuffer(BufferData* buffer, int slot, const Zerlane::DepthNode::NewSampleReceivedData& sample,
+                                   const DepthFrame& frame)
+{
+    DepthNodeData& node = *frame.node;
+    const bool deviation = buffer->type == BufferData::StandardDeviation;
+    const uint32_t w = deviation ? uint32_t(std::max(0, node.roiWidth)) : uint32_t(frame.width);
+    const uint32_t h = deviation ? uint32_t(std::max(0, node.roiHeight)) : uint32_t(frame.height);
+    buffer->width[slot] = w;
+    buffer->height[slot] = h;
+
+    DepthSource source = depthSourceFor(buffer->type, sample);
+    if (deviation && node.roiX >= 0 && sample.depthMapFloatingPoint.data())
+        source = {StandardDeviationHistory::addFrame(node, sample.depthMapFloatingPoint.data(), frame.width, frame.sdNumFrames),
+                  size_t(w) * h * 4};
+    buffer->noData = source.data == nullptr;
+    if (!source.data || w == 0 || h == 0)
+        return;
+    std::memcpy(buffer->data[slot], source.data, std::min<size_t>(source.bytes, BufferData::capacity(buffer->type)));
+    buffer->auxData = source.aux;
+    resizeImageIfNeeded(buffer, slot, w, h);
+    colorDepthImage(buffer, slot, source, size_t(w) * h, *frame.palette, frame.range);
+    ++buffer->frameCount;
+}
+
+void SampleIntake::fillColorBuffer(BufferData* buffer, int slot, const Zerlane::ColorNode::NewSampleReceivedData& sample,
+                                   int32_t width, int32_t height)
+{
+    buffer->width[slot] = uint32_t(width);
+    buffer->height[slot] = uint32_t(height);
+    buffer->noData = sample.colorMap.data() == nullptr;
+    if (buffer->noData || width <= 0 || height <= 0)
+        return;
+    resizeImageIfNeeded(buffer, slot, uint32_t(width), uint32_t(height));
+    DisplayImage& image = buffer->image[slot];
+    if (sample.captureConfiguration.compression == Zerlane::COMPRESSION_TYPE_NONE)
+        image.fillFromBgr(sample.colorMap.data());
+    else
+        image.fillFromYuy2(sample.colorMap.data());
+    ++buffer->frameCount;
+}
+
+bool SampleIntake::fillAudioBuffer(BufferData* buffer, int slot, const Zerlane::AudioNode::NewSampleReceivedData& sample,
+                                   const Zerlane::AudioNode::Configuration& configuration)
+{
+    if (sample.audioData.size() == 0)
+        return true;
+    buffer->noData = sample.audioData.data() == nullptr;
+    return buffer->noData || AudioWaveform::drawSample(buffer, slot, sample, configuration);
+}
