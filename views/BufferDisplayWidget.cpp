@@ -3,7 +3,7 @@
 #include "ui_BufferDisplayWidget.h"
 
 #include "Zerlane/Zerlane.h"
-#include "app/TextUtils.h"
+#include "app/shared/TextUtils.h"
 #include "camera/BufferData.h"
 #include "camera/NodeData.h"
 #include "views/DisplayWidget.h"
@@ -23,6 +23,11 @@ BufferDisplayWidget::BufferDisplayWidget(QWidget* parent)
 }
 
 BufferDisplayWidget::~BufferDisplayWidget() = default;
+
+void BufferDisplayWidget::setViewContext(ViewContext* context)
+{
+    ui->displayWidget->setContext(context);
+}
 
 DisplayWidget* BufferDisplayWidget::displayWidget() const
 {

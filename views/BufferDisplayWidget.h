@@ -5,6 +5,7 @@
 #include <memory>
 
 class DisplayWidget;
+class ViewContext;
 namespace Ui {
 class BufferDisplayWidgetClass;
 }
@@ -17,6 +18,9 @@ class BufferDisplayWidget : public BaseBufferDisplayWidget {
 public:
     explicit BufferDisplayWidget(QWidget* parent = nullptr);
     ~BufferDisplayWidget() override;
+
+    // What the display draws with (not owned); set before the view is shown.
+    void setViewContext(ViewContext* context);
 
     void refresh() override;
     void repaintDisplay() override;

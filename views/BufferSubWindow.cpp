@@ -1,10 +1,7 @@
 #include "views/BufferSubWindow.h"
 
-#include "app/TextUtils.h"
 #include "camera/BufferData.h"
 #include "camera/NodeData.h"
-#include "events/CameraManager.h"
-#include "mainwindow/ZerlaneViewer.h"
 #include "views/BaseBufferDisplayWidget.h"
 
 #include <QCloseEvent>
@@ -31,7 +28,6 @@ BufferSubWindow::BufferSubWindow(BufferData* buffer, QWidget* view, const QStrin
     buffer->shown = true;
     buffer->displayed = true;
     buffer->reopening = false;
-    CameraManager::instance()->addDisplayedBuffer(buffer);
     recordNormalGeometry();
 }
 
@@ -62,22 +58,12 @@ void BufferSubWindow::closeEvent(QCloseEvent* event)
         // The sub-window is deleted later, and the record may be gone by then: the view lets go now.
         if (auto* display = qobject_cast<BaseBufferDisplayWidget*>(widget()))
             display->setBuffer(nullptr);
-        CameraManager* manager = CameraManager::instance();
-        manager->removeDisplayedBuffer(buffer);
         buffer->subWindow = nullptr;
         buffer->shown = false;
         buffer->displayed = false;
         buffer->notRegisteredShown = false;
         m_buffer = nullptr;
-        if (!buffer->reopening) {
-            // Only the map's own use counts; "Combined" leaves the confidence map it also switched on.
-            const QString property = mapEnableName(buffer->type);
-            // A camera that is gone has nothing left to switch off.
-            if (!property.isEmpty() && manager->decrementPropertyUse(property) == 0 && !buffer->node->disconnected)
-                manager->setProperty<bool>(buffer->node, property, false);
-        }
-        if (ZerlaneViewer* window = ZerlaneViewer::existingInstance())
-            window->onViewClosed(buffer);
+        emit closing(buffer);
     }
     event->accept();
     QMdiSubWindow::closeEvent(event);

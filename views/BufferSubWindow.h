@@ -6,10 +6,10 @@
 
 class BufferData;
 
-// The sub-window of one shown buffer. While it exists the buffer is shown: linked both ways, and
-// registered with the event thread so that its node's samples are copied into it. It remembers its
-// last normal geometry for the workspace, and switches the node's map off when the last view of it
-// closes.
+// The sub-window of one shown buffer. While it exists the buffer is shown: the two are linked both
+// ways. It remembers its last normal geometry for the workspace. When it closes it unlinks, lets its
+// view drop the buffer, and reports `closing`: what the view held in the program (samples, the map
+// property, the record) is released by whoever listens.
 class BufferSubWindow : public QMdiSubWindow {
     Q_OBJECT
 
@@ -21,6 +21,10 @@ public:
     void clearBuffer() { m_buffer = nullptr; }
     QPoint lastNormalPosition() const { return m_normalPosition; }
     QSize lastNormalSize() const { return m_normalSize; }
+
+signals:
+    // The sub-window is closing and no longer shows the buffer.
+    void closing(BufferData* buffer);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -50,8 +50,7 @@ void BufferTexture::bind() const
 
 void BufferTexture::forgetContents()
 {
-    m_slot = -1;
-    m_generation = -1;
+    m_generation = 0;
 }
 
 void BufferTexture::ensureStorage(uint32_t width, uint32_t height, unsigned int format)
@@ -64,33 +63,13 @@ void BufferTexture::ensureStorage(uint32_t width, uint32_t height, unsigned int 
     forgetContents(); // new storage holds nothing yet
 }
 
-void BufferTexture::upload(const DisplayImage& image, unsigned int format)
-{
-    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, GLsizei(image.width), GLsizei(image.height), format, GL_UNSIGNED_BYTE,
-                    image.pixels);
-}
-
-bool BufferTexture::show(DisplayImage& image, int slot, unsigned int format)
-{
-    if (!image.textureAllocated || image.textureWidth != m_storageWidth || image.textureHeight != m_storageHeight) {
-        ensureStorage(image.textureWidth, image.textureHeight, format);
-        image.textureAllocated = true;
-    }
-    if (image.uploaded && m_slot == slot)
-        return false;
-    upload(image, format);
-    image.uploaded = true;
-    m_slot = slot;
-    return true;
-}
-
-bool BufferTexture::showShared(const DisplayImage& image, int slot, int64_t generation, unsigned int format)
+bool BufferTexture::show(const DisplayImage& image, unsigned int format)
 {
     ensureStorage(image.textureWidth, image.textureHeight, format);
-    if (m_slot == slot && m_generation == generation)
+    if (m_generation == image.generation)
         return false;
-    upload(image, format);
-    m_slot = slot;
-    m_generation = generation;
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, GLsizei(image.width), GLsizei(image.height), format, GL_UNSIGNED_BYTE,
+                    image.pixels);
+    m_generation = image.generation;
     return true;
 }

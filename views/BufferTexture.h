@@ -4,11 +4,12 @@
 
 class DisplayImage;
 
-// One OpenGL texture fed from the two sample slots of a buffer. The texture's storage is allocated
-// (glTexImage2D without data) only when the slot's texture size differs from what the texture holds,
-// and an image is uploaded (glTexSubImage2D) only when the texture holds another slot or the slot's
-// image was written again since its last upload, so alternating slots are each uploaded once and a
-// repaint without a new sample uploads nothing. Needs the widget's GL context to be current.
+// One OpenGL texture showing the images of a buffer's slots. The texture's storage is allocated
+// (glTexImage2D without data) only when the image's texture size differs from what the texture holds,
+// and an image is uploaded (glTexSubImage2D) only when its generation differs from the one uploaded
+// last, so alternating slots are each uploaded once per sample and a repaint without a new sample
+// uploads nothing. The view owns this state; the buffer's images know nothing of it. Needs the
+// widget's GL context to be current.
 class BufferTexture {
 public:
     // Generates the texture name if there is none (a new context) with nearest filtering. With
@@ -22,23 +23,17 @@ public:
     unsigned int name() const { return m_name; }
     void bind() const;
 
-    // The texture shows `slot` of a buffer whose images carry their own uploaded flags (the view's own
-    // buffer). Sets the image's textureAllocated and uploaded flags. Returns true when it uploaded.
-    bool show(DisplayImage& image, int slot, unsigned int format);
-    // The texture shows `slot` of another view's buffer, whose flags this texture must not touch; a
-    // change of `generation` (the slot's capture time) means the slot has been written again.
-    bool showShared(const DisplayImage& image, int slot, int64_t generation, unsigned int format);
+    // The texture shows the image (read under its buffer's lock). Returns true when it uploaded.
+    bool show(const DisplayImage& image, unsigned int format);
 
-    // The next show() uploads whatever slot it is given.
+    // The next show() uploads whatever it is given.
     void forgetContents();
 
 private:
     void ensureStorage(uint32_t width, uint32_t height, unsigned int format);
-    void upload(const DisplayImage& image, unsigned int format);
 
     unsigned int m_name = 0;
     uint32_t m_storageWidth = 0;
     uint32_t m_storageHeight = 0;
-    int m_slot = -1;               // slot whose image the texture holds, -1 for none
-    int64_t m_generation = -1;     // showShared: the slot's capture time at that upload
+    uint64_t m_generation = 0; // generation of the image last uploaded, 0 for none
 };

@@ -4,9 +4,10 @@
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
 #include "events/AudioWaveform.h"
-#include "events/CameraManager.h"
+#include "events/DisplayPreferences.h"
+#include "views/ImageRenderer.h"
 #include "views/SceneRenderer.h"
-#include "views/TriangleTable.h"
+#include "views/ViewContext.h"
 #include "worker/Settings.h"
 
 #include <Zerlane/DepthNode.h>
@@ -29,31 +30,26 @@ namespace {
 
 constexpr const char* kBorderClampExtension = "GL_ARB_texture_border_clamp";
 
-void glColorOf(quint32 rgb, float alpha)
-{
-    glColor4f(float((rgb >> 16) & 0xFF) / 255.f, float((rgb >> 8) & 0xFF) / 255.f, float(rgb & 0xFF) / 255.f, alpha);
-}
-
 // Locks the buffers lock and then a buffer's mutex, and unlocks them in reverse order.
 class PaintLock {
 public:
-    PaintLock(CameraManager* manager, BufferData* buffer) : m_manager(manager), m_buffer(buffer)
+    PaintLock(ViewContext* context, BufferData* buffer) : m_context(context), m_buffer(buffer)
     {
-        if (m_manager)
-            m_manager->lockBuffers();
+        if (m_context)
+            m_context->lockBuffers();
         m_buffer->dataMutex.lock();
     }
     ~PaintLock()
     {
         m_buffer->dataMutex.unlock();
-        if (m_manager)
-            m_manager->unlockBuffers();
+        if (m_context)
+            m_context->unlockBuffers();
     }
     PaintLock(const PaintLock&) = delete;
     PaintLock& operator=(const PaintLock&) = delete;
 
 private:
-    CameraManager* m_manager;
+    ViewContext* m_context;
     BufferData* m_buffer;
 };
 
@@ -100,10 +96,6 @@ void DisplayWidget::setBuffer(BufferData* buffer)
     m_is3D = false;
     m_unitScale = 1.f;
     if (buffer) {
-        for (DisplayImage& image : buffer->image) {
-            image.textureAllocated = false;
-            image.uploaded = false;
-        }
         switch (buffer->type) {
         case BufferData::Vertices:
         case BufferData::VerticesFloatingPoint:
@@ -210,23 +202,6 @@ bool DisplayWidget::hasExtension(const char* extensions, const char* name)
     return false;
 }
 
-void DisplayWidget::eyeFromCamera(float tx, float ty, float tz, float distance, float pan, float tilt, float* ex,
-                                  float* ey, float* ez)
-{
-    ViewCamera::eyeFromCamera(tx, ty, tz, distance, pan, tilt, ex, ey, ez);
-}
-
-void DisplayWidget::cameraFromEye(float tx, float ty, float tz, float ex, float ey, float ez, float* distance,
-                                  float* pan, float* tilt)
-{
-    ViewCamera::cameraFromEye(tx, ty, tz, ex, ey, ez, distance, pan, tilt);
-}
-
-int DisplayWidget::triangles(int mask, int out[2][3])
-{
-    return TriangleTable::triangles(mask, out);
-}
-
 // ---- GL set-up -------------------------------------------------------------------------------------
 
 void DisplayWidget::watchContext()
@@ -248,11 +223,6 @@ void DisplayWidget::releaseGlResources()
     } else {
         m_imageTexture.abandon();
         m_colourTexture.abandon();
-    }
-    // A new texture holds nothing: both slots must be allocated and uploaded again.
-    if (m_buffer) {
-        for (DisplayImage& image : m_buffer->image)
-            image.textureAllocated = false;
     }
 }
 
@@ -326,21 +296,21 @@ bool DisplayWidget::hasPixelData(const BufferData* buffer, int slot)
     return !buffer->sizeChanged[slot];
 }
 
-DisplayWidget::SlotState DisplayWidget::slotState(CameraManager* manager, int slot) const
+DisplayWidget::SlotState DisplayWidget::slotState(int slot) const
 {
     if (m_buffer->type == BufferData::StandardDeviation && m_buffer->node && m_buffer->node->roiX < 0)
         return SlotState::Idle;
     if (!hasPixelData(m_buffer, slot))
         return SlotState::NoData;
     const DisplayImage& image = m_buffer->image[slot];
-    if (isStopped(manager) || (m_buffer->type != BufferData::Audio && (image.width < 1 || image.height < 1)))
+    if (isStopped() || (m_buffer->type != BufferData::Audio && (image.width < 1 || image.height < 1)))
         return SlotState::Idle;
     return SlotState::Ready;
 }
 
-bool DisplayWidget::isStopped(const CameraManager* manager)
+bool DisplayWidget::isStopped() const
 {
-    return !manager || manager->streamingState() == CameraManager::Stopped;
+    return !m_context || m_context->streamingStopped();
 }
 
 void DisplayWidget::clearTo(float r, float g, float b)
@@ -355,10 +325,6 @@ void DisplayWidget::paintGL()
         return;
     ++m_repaintCount;
     if (m_reload) {
-        if (m_buffer) {
-            for (DisplayImage& image : m_buffer->image)
-                image.uploaded = false;
-        }
         forgetUploads();
         m_reload = false;
     }
@@ -369,22 +335,22 @@ void DisplayWidget::paintGL()
         clearTo(1.f, 0.f, 0.f);
         return;
     }
-    CameraManager* manager = CameraManager::existingInstance();
+    const DisplayPreferences preferences = m_context ? m_context->preferences() : DisplayPreferences();
     bool drew = false;
     {
-        PaintLock lock(manager, m_buffer);
-        drew = m_is3D ? paintScene(manager) : paintImage(manager);
+        PaintLock lock(m_context, m_buffer);
+        drew = m_is3D ? paintScene(preferences) : paintImage(preferences);
     }
-    if (drew && manager)
-        emit displayed(manager->relativeTime(Zerlane::Utils::Clock::now()));
+    if (drew && m_context)
+        emit displayed(m_context->relativeTime(Zerlane::Utils::Clock::now()));
 }
 
-bool DisplayWidget::paintImage(CameraManager* manager)
+bool DisplayWidget::paintImage(const DisplayPreferences& preferences)
 {
     const int slot = m_buffer->readSlot();
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_LIGHTING);
-    switch (slotState(manager, slot)) {
+    switch (slotState(slot)) {
     case SlotState::NoData:
         clearTo(1.f, 0.f, 0.f);
         return false;
@@ -394,60 +360,35 @@ bool DisplayWidget::paintImage(CameraManager* manager)
     case SlotState::Ready:
         break;
     }
-    drawImageQuad(slot);
-    drawOverlays(slot);
-    return true;
-}
-
-void DisplayWidget::drawImageQuad(int slot)
-{
-    DisplayImage& image = m_buffer->image[slot];
-    const GLenum format = m_buffer->type == BufferData::Color ? GL_BGR : GL_RGBA;
+    // The picture, uploaded only when the slot holds a sample this view has not uploaded yet.
     glEnable(GL_TEXTURE_2D);
     glDisable(GL_BLEND);
     m_imageTexture.bind();
     glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
-    if (m_imageTexture.show(image, slot, format))
+    const DisplayImage& image = m_buffer->image[slot];
+    if (m_imageTexture.show(image, m_buffer->type == BufferData::Color ? GL_BGR : GL_RGBA))
         ++m_uploadCount;
-
-    // Texture coordinates 0..1 cover the image part of a texture that may be larger.
-    glMatrixMode(GL_TEXTURE);
-    glLoadIdentity();
-    glScalef(float(image.width) / float(image.textureWidth), float(image.height) / float(image.textureHeight), 1.f);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
-    glColor4f(1.f, 1.f, 1.f, 1.f);
-
-    const float w = float(m_width), h = float(m_height);
-    const float x0 = m_mirror ? w : 0.f;
-    const float x1 = m_mirror ? 0.f : w;
-    glBegin(GL_QUADS);
-    glTexCoord2f(0.f, 0.f);
-    glVertex2f(x0, 0.f);
-    glTexCoord2f(1.f, 0.f);
-    glVertex2f(x1, 0.f);
-    glTexCoord2f(1.f, 1.f);
-    glVertex2f(x1, h);
-    glTexCoord2f(0.f, 1.f);
-    glVertex2f(x0, h);
-    glEnd();
+    ImageRenderer::drawImage(image, m_width, m_height, m_mirror);
+    drawOverlays(slot, preferences);
+    return true;
 }
 
 // Overlays are drawn untextured, so each shows its own colour whatever the image holds.
-void DisplayWidget::drawOverlays(int slot)
+void DisplayWidget::drawOverlays(int slot, const DisplayPreferences& preferences)
 {
     glDisable(GL_TEXTURE_2D);
     glEnable(GL_BLEND);
     if (m_buffer->type == BufferData::Audio)
-        drawAudioMarker(slot);
+        ImageRenderer::drawMarker(int((qint64(m_buffer->audioMarker[slot]) * m_width) / AudioWaveform::ImageWidth),
+                                  m_height);
     else if (m_buffer->type != BufferData::StandardDeviation && m_buffer->node && m_buffer->node->roiX >= 0)
-        drawRoi(slot);
+        drawRoi(slot, preferences.roiColor);
     if (m_mouseInside && !m_selecting)
-        drawCrossHair();
+        ImageRenderer::drawCrossHair(m_mousePosition, m_width, m_height);
     glDisable(GL_BLEND);
 }
 
-void DisplayWidget::drawRoi(int slot)
+void DisplayWidget::drawRoi(int slot, quint32 colour)
 {
     const NodeData* node = m_buffer->node;
     const QSize widget(m_width, m_height);
@@ -455,56 +396,14 @@ void DisplayWidget::drawRoi(int slot)
     const QPoint a = imageToWidget(QPoint(node->roiX, node->roiY), widget, image, m_mirror);
     const QPoint b =
         imageToWidget(QPoint(node->roiX + node->roiWidth, node->roiY + node->roiHeight), widget, image, m_mirror);
-    const quint32 colour = Settings::roiColor();
-
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-    glColorOf(colour, 0.2f);
-    glBegin(GL_QUADS);
-    glVertex2i(a.x(), a.y());
-    glVertex2i(b.x(), a.y());
-    glVertex2i(b.x(), b.y());
-    glVertex2i(a.x(), b.y());
-    glEnd();
-    glColorOf(colour, 1.f);
-    glBegin(GL_LINE_LOOP);
-    glVertex2i(a.x(), a.y());
-    glVertex2i(b.x(), a.y());
-    glVertex2i(b.x(), b.y());
-    glVertex2i(a.x(), b.y());
-    glEnd();
-}
-
-// Lines are drawn through pixel centres (+0.5) so that each covers exactly one row or column.
-void DisplayWidget::drawAudioMarker(int slot)
-{
-    const int p = int((qint64(m_buffer->audioMarker[slot]) * m_width) / AudioWaveform::ImageWidth);
-    glBlendFunc(GL_SRC_COLOR, GL_ONE_MINUS_SRC_COLOR);
-    glColor4f(1.f, 1.f, 1.f, 1.f);
-    glBegin(GL_LINES);
-    glVertex2f(float(p) + 0.5f, 0.f);
-    glVertex2f(float(p) + 0.5f, float(m_height));
-    glEnd();
-}
-
-void DisplayWidget::drawCrossHair()
-{
-    const float mx = float(m_mousePosition.x()) + 0.5f;
-    const float my = float(m_mousePosition.y()) + 0.5f;
-    glBlendFunc(GL_ONE_MINUS_DST_COLOR, GL_ZERO);
-    glColor4f(1.f, 1.f, 1.f, 1.f);
-    glBegin(GL_LINES);
-    glVertex2f(0.f, my);
-    glVertex2f(float(m_width), my);
-    glVertex2f(mx, 0.f);
-    glVertex2f(mx, float(m_height));
-    glEnd();
+    ImageRenderer::drawRoi(a, b, colour);
 }
 
 // ---- 3D --------------------------------------------------------------------------------------------
 
-bool DisplayWidget::paintScene(CameraManager* manager)
+bool DisplayWidget::paintScene(const DisplayPreferences& preferences)
 {
-    if (isStopped(manager)) {
+    if (isStopped()) {
         glDisable(GL_DEPTH_TEST);
         clearTo(0.5f, 0.5f, 0.5f);
         return false;
@@ -513,7 +412,7 @@ bool DisplayWidget::paintScene(CameraManager* manager)
     glDisable(GL_CULL_FACE);
     glDisable(GL_LIGHTING);
     applyViewTransform();
-    const quint32 background = Settings::backgroundColor();
+    const quint32 background = preferences.backgroundColor;
     glClearColor(float((background >> 16) & 0xFF) / 255.f, float((background >> 8) & 0xFF) / 255.f,
                  float(background & 0xFF) / 255.f, 1.f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -522,11 +421,11 @@ bool DisplayWidget::paintScene(CameraManager* manager)
     const bool hasData = hasPixelData(m_buffer, slot);
     if (hasData) {
         if (m_buffer->type == BufferData::UV)
-            drawUv(slot);
+            drawUv(slot, preferences);
         else
-            drawPoints(slot);
+            drawPoints(slot, preferences);
     }
-    if (Settings::displayAxis())
+    if (preferences.displayAxis)
         drawAxes();
     return hasData;
 }
@@ -549,9 +448,9 @@ void DisplayWidget::applyViewTransform()
     glTranslatef(-eye.x() * s, -eye.y() * s, -eye.z() * s);
 }
 
-void DisplayWidget::drawPoints(int slot)
+void DisplayWidget::drawPoints(int slot, const DisplayPreferences& preferences)
 {
-    glPointSize(float(Settings::dotSize()));
+    glPointSize(float(preferences.dotSize));
     glColor4f(0.9f, 0.9f, 0.9f, 1.f);
     glDisable(GL_TEXTURE_2D);
     glEnable(GL_BLEND);
@@ -571,38 +470,18 @@ void DisplayWidget::drawPoints(int slot)
     }
 }
 
-BufferData* DisplayWidget::nodeBuffer(uint32_t type) const
-{
-    if (!m_buffer->node)
-        return nullptr;
-    for (BufferData* buffer : m_buffer->node->buffers) {
-        if (buffer->type == type)
-            return buffer;
-    }
-    return nullptr;
-}
-
 BufferData* DisplayWidget::colourBuffer() const
 {
     const DeviceData* device = m_buffer->node ? m_buffer->node->device : nullptr;
-    if (!device)
-        return nullptr;
-    for (const NodeData* node : device->nodes) {
-        for (BufferData* buffer : node->buffers) {
-            if (buffer->type == BufferData::Color)
-                return buffer;
-        }
-    }
-    return nullptr;
+    return device ? device->colorBuffer() : nullptr;
 }
 
 // Binds the colour texture with the colour camera's latest image (uploaded when it changed) and the
 // texture matrix that maps 0..1 onto the image part. Returns false when there is no colour image; the
 // texture then keeps whatever it held.
-bool DisplayWidget::bindColourImage()
+bool DisplayWidget::bindColourImage(quint32 border)
 {
     m_colourTexture.bind();
-    const quint32 border = Settings::nonMappedUvPixelsColor();
     const GLfloat borderColour[4] = {float((border >> 16) & 0xFF) / 255.f, float((border >> 8) & 0xFF) / 255.f,
                                      float(border & 0xFF) / 255.f, 1.f};
     glTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_BORDER_COLOR, borderColour);
@@ -621,18 +500,18 @@ bool DisplayWidget::bindColourImage()
         const DisplayImage& image = colour->image[slot];
         glScalef(float(image.width) / float(image.textureWidth), float(image.height) / float(image.textureHeight),
                  1.f);
-        m_colourTexture.showShared(image, slot, int64_t(colour->timeOfCapture[slot]), GL_BGR);
+        m_colourTexture.show(image, GL_BGR);
     }
     colour->dataMutex.unlock();
     glMatrixMode(GL_MODELVIEW);
     return hasImage;
 }
 
-void DisplayWidget::drawUv(int slot)
+void DisplayWidget::drawUv(int slot, const DisplayPreferences& preferences)
 {
-    BufferData* vertices = nodeBuffer(BufferData::VerticesFloatingPoint);
+    BufferData* vertices = m_buffer->node ? m_buffer->node->buffer(BufferData::VerticesFloatingPoint) : nullptr;
     glEnable(GL_TEXTURE_2D);
-    bindColourImage();
+    bindColourImage(preferences.nonMappedUvPixelsColor);
     glColor4f(1.f, 1.f, 1.f, 1.f);
     if (vertices) {
         QMutexLocker lock(&vertices->dataMutex);
@@ -642,10 +521,10 @@ void DisplayWidget::drawUv(int slot)
         if (hasPixelData(vertices, vertexSlot) && vertices->width[vertexSlot] == w && vertices->height[vertexSlot] == h) {
             const auto* positions = reinterpret_cast<const float*>(vertices->data[vertexSlot]);
             const auto* uv = reinterpret_cast<const float*>(m_buffer->data[slot]);
-            if (Settings::displayTriangles()) {
+            if (preferences.displayTriangles) {
                 SceneRenderer::drawUvTriangles(positions, uv, int(w), int(h));
             } else {
-                glPointSize(float(Settings::dotSize()));
+                glPointSize(float(preferences.dotSize));
                 SceneRenderer::drawUvPoints(positions, uv, int(w * h));
             }
         }

@@ -10,16 +10,19 @@
 #include <QSize>
 
 class BufferData;
-class CameraManager;
+class ViewContext;
+struct DisplayPreferences;
 
 // The OpenGL view of one buffer. Flat images (colour, phase, confidence, depth, standard deviation,
 // combined, audio) are one textured rectangle that fills the widget, with the ROI, the audio marker
 // and a cross-hair drawn over it; point data (vertices, UV, and depth maps delivered as three planes)
 // is a 3D scene seen through a camera that the mouse moves.
 //
-// Painting reads the buffer's read slot while holding the camera manager's buffers lock and then the
-// buffer's data mutex. The widget never owns the buffer. GL resources are freed when the context goes
-// away (re-parenting may give the widget a new one) and made again on the next initializeGL or paint.
+// Painting reads the buffer's read slot while holding the context's buffers lock and then the buffer's
+// data mutex. The widget never owns the buffer, and reaches the program only through its ViewContext
+// (streaming state, reference time, buffers lock, preferences); without one it draws as if stopped.
+// GL resources are freed when the context goes away (re-parenting may give the widget a new one) and
+// made again on the next initializeGL or paint.
 //
 // What a paint shows:
 //  - nothing (the disabled flag);
@@ -40,8 +43,11 @@ public:
     explicit DisplayWidget(QWidget* parent = nullptr);
     ~DisplayWidget() override;
 
-    // Stores the buffer (not owned), clears textureAllocated/uploaded of both slots' images, decides
-    // is3D and the unit scale. May be called again with the same buffer.
+    // Not owned; set once, before the widget is shown.
+    void setContext(ViewContext* context) { m_context = context; }
+
+    // Stores the buffer (not owned), forgets what was uploaded of it, decides is3D and the unit scale.
+    // May be called again with the same buffer.
     void setBuffer(BufferData* buffer);
     BufferData* buffer() const { return m_buffer; }
     bool is3D() const { return m_is3D; }
@@ -73,11 +79,6 @@ public:
     static QPoint widgetToImage(QPoint p, QSize widget, QSize image, bool mirror);
     static QPoint imageToWidget(QPoint p, QSize widget, QSize image, bool mirror);
     static bool hasExtension(const char* extensions, const char* name);
-    static void eyeFromCamera(float tx, float ty, float tz, float distance, float pan, float tilt, float* ex,
-                              float* ey, float* ez);
-    static void cameraFromEye(float tx, float ty, float tz, float ex, float ey, float ez, float* distance,
-                              float* pan, float* tilt);
-    static int triangles(int mask, int out[2][3]);
 
 signals:
     void displayed(qint64 displayTime);
@@ -104,32 +105,29 @@ private:
     void forgetUploads();
     void applyProjection();
 
-    SlotState slotState(CameraManager* manager, int slot) const;
+    SlotState slotState(int slot) const;
     static bool hasPixelData(const BufferData* buffer, int slot);
-    static bool isStopped(const CameraManager* manager);
+    bool isStopped() const;
     static void clearTo(float r, float g, float b);
 
     // Flat views.
-    bool paintImage(CameraManager* manager);
-    void drawImageQuad(int slot);
-    void drawOverlays(int slot);
-    void drawRoi(int slot);
-    void drawAudioMarker(int slot);
-    void drawCrossHair();
+    bool paintImage(const DisplayPreferences& preferences);
+    void drawOverlays(int slot, const DisplayPreferences& preferences);
+    void drawRoi(int slot, quint32 colour);
 
     // 3D views.
-    bool paintScene(CameraManager* manager);
+    bool paintScene(const DisplayPreferences& preferences);
     void applyViewTransform();
-    void drawPoints(int slot);
-    void drawUv(int slot);
-    bool bindColourImage();
+    void drawPoints(int slot, const DisplayPreferences& preferences);
+    void drawUv(int slot, const DisplayPreferences& preferences);
+    bool bindColourImage(quint32 borderColour);
     void drawAxes();
-    BufferData* nodeBuffer(uint32_t type) const;
     BufferData* colourBuffer() const;
     void pickTarget(QPoint position);
 
     void storePointer(QPoint position);
 
+    ViewContext* m_context = nullptr;
     BufferData* m_buffer = nullptr;
     bool m_is3D = false;
     float m_unitScale = 1.f;

@@ -1,16 +1,12 @@
 #include "views/MdiArea.h"
 
 #include "Zerlane/Zerlane.h"
-#include "app/TextUtils.h"
-#include "app/ViewerLog.h"
+#include "app/shared/ViewerLog.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
-#include "events/CameraManager.h"
-#include "mainwindow/ZerlaneViewer.h"
 #include "views/BufferDisplayWidget.h"
 #include "views/BufferSubWindow.h"
-#include "views/DisplayWidget.h"
 
 #include <QBrush>
 #include <QDataStream>
@@ -42,38 +38,27 @@ QString MdiArea::titleFor(BufferData* buffer)
     }
 }
 
-BufferSubWindow* MdiArea::createView(BufferData* buffer)
+BufferSubWindow* MdiArea::createView(BufferData* buffer, bool rebuilt)
 {
     // The standard deviation view with its statistics is not built yet: that buffer is shown as an image.
     auto* view = new BufferDisplayWidget();
+    view->setViewContext(m_context);
     auto* window = new BufferSubWindow(buffer, view, titleFor(buffer));
-    ZerlaneViewer* mainWindow = ZerlaneViewer::existingInstance();
-    if (mainWindow)
-        view->displayWidget()->setMirror(mainWindow->mirrorView());
+    connect(window, &BufferSubWindow::closing, this, &MdiArea::viewClosing);
     addSubWindow(window);
     window->show();
-    if (mainWindow)
-        mainWindow->onViewOpened(buffer);
+    emit viewOpened(buffer, rebuilt);
     return window;
 }
 
 BufferSubWindow* MdiArea::openView(BufferData* buffer)
 {
-    BufferSubWindow* window = createView(buffer);
-    const QString property = mapEnableName(buffer->type);
-    if (!property.isEmpty()) {
-        CameraManager* manager = CameraManager::instance();
-        manager->incrementPropertyUse(property);
-        manager->setProperty<bool>(buffer->node, property, true);
-        if (buffer->type == BufferData::Combined)
-            manager->setProperty<bool>(buffer->node, "enableConfidenceMap", true);
-    }
-    return window;
+    return createView(buffer, false);
 }
 
 BufferSubWindow* MdiArea::reopenView(BufferData* buffer)
 {
-    return createView(buffer);
+    return createView(buffer, true);
 }
 
 void MdiArea::dragEnterEvent(QDragEnterEvent* event)
@@ -92,9 +77,8 @@ void MdiArea::dropEvent(QDropEvent* event)
     QDataStream stream(&bytes, QIODevice::ReadOnly);
     qint64 address = 0;
     stream >> address;
-    // Only a buffer record of this process is opened: the address is looked up, never trusted.
-    BufferData* buffer = CameraManager::instance()->findBuffer(quintptr(address));
-    if (stream.status() == QDataStream::Ok && buffer && !buffer->subWindow)
-        openView(buffer);
+    // Accepted whatever it carried; only the window can tell a record of this process from any number.
+    if (stream.status() == QDataStream::Ok && address != 0)
+        emit recordDropped(quintptr(address));
     event->acceptProposedAction();
 }

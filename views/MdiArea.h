@@ -4,9 +4,12 @@
 
 class BufferData;
 class BufferSubWindow;
+class ViewContext;
 
-// The central area: one sub-window per shown buffer, over the company logo. A buffer dragged from the
-// device tree and dropped here opens its view.
+// The central area: one sub-window per shown buffer, over the company logo. It builds the views and
+// reports what happens to them; what a view switches on or holds in the program is the window's to
+// decide. A record dragged from the device tree and dropped here is reported by its address, which
+// only the window can check.
 class MdiArea : public QMdiArea {
     Q_OBJECT
 
@@ -15,13 +18,24 @@ public:
 
     explicit MdiArea(QWidget* parent = nullptr);
 
-    // Opens a view and switches its node's map on (with a use count).
+    // Handed to every view this area builds (not owned).
+    void setViewContext(ViewContext* context) { m_context = context; }
+
+    // Opens a view of the buffer: builds its sub-window, shows it and reports viewOpened(buffer, false).
     BufferSubWindow* openView(BufferData* buffer);
-    // Builds a new view of a buffer whose old one was closed for a rebuild; no property is touched.
+    // Builds a new view of a buffer whose old one was closed for a rebuild: viewOpened(buffer, true).
     BufferSubWindow* reopenView(BufferData* buffer);
 
     // "%1 [%2 - %3]": the buffer's name, its device's model and serial number.
     static QString titleFor(BufferData* buffer);
+
+signals:
+    // A view of the buffer is shown; `rebuilt` when it replaces one closed for a rebuild.
+    void viewOpened(BufferData* buffer, bool rebuilt);
+    // A view's sub-window is closing; the buffer is no longer shown.
+    void viewClosing(BufferData* buffer);
+    // A drag from the device tree was dropped here, carrying a record's address.
+    void recordDropped(quintptr address);
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -29,5 +43,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    BufferSubWindow* createView(BufferData* buffer);
+    BufferSubWindow* createView(BufferData* buffer, bool rebuilt);
+
+    ViewContext* m_context = nullptr;
 };

@@ -1,6 +1,6 @@
 #include "views/PixelReadout.h"
 
-#include "app/TextUtils.h"
+#include "app/shared/TextUtils.h"
 #include "camera/BufferData.h"
 
 #include <cstring>
