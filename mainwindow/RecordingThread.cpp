@@ -1,30 +1,5 @@
 #include "mainwindow/RecordingThread.h"
 
-#include "app/SingletonHolder.h"
-#include <QMutex>
-#include <QMutexLocker>
-
-namespace {
-
-SingletonHolder<RecordingThread> holder;
-
-} // namespace
-
-RecordingThread* RecordingThread::instance()
-{
-    return holder.instance([] { return new RecordingThread(); });
-}
-
-RecordingThread* RecordingThread::existingInstance()
-{
-    return holder.existing();
-}
-
-void RecordingThread::destroyInstance()
-{
-    holder.destroy();
-}
-
 RecordingThread::RecordingThread() = default;
 
 RecordingThread::~RecordingThread()
@@ -57,15 +32,13 @@ void RecordingThread::onStopRecording()
 void RecordingThread::onNewFrame()
 {
     QThread::msleep(FrameCostMs);
-    recordedFrameCount = recordedFrameCount + 1;
-    emit updateRecordingInfo(isRecording, recordedFrameCount, totalFrameCount);
+    const unsigned int recorded = ++recordedFrameCount;
+    emit updateRecordingInfo(isRecording, recorded, totalFrameCount);
 }
 
 void RecordingThread::onNewFrameIncTotalFrameCount()
 {
-    totalFrameCount = totalFrameCount + 1;
-    if (totalFrameCount - recordedFrameCount > MaximumLag && !forceStopSent) {
+    const unsigned int total = ++totalFrameCount;
+    if (total - recordedFrameCount > MaximumLag && !forceStopSent.exchange(true))
         emit forceStopRecording("too much delay in frames recording");
-        forceStopSent = true;
-    }
 }

@@ -1,20 +1,22 @@
 #include "mainwindow/ZerlaneViewer.h"
 
-#include "app/SingletonHolder.h"
 #include "ui_ZerlaneViewer.h"
 
-#include "app/StartupOptions.h"
-#include "app/ViewerLog.h"
-#include "app/YuvConverter.h"
+#include "app/shared/StartupOptions.h"
+#include "app/shared/ViewerLog.h"
+#include "app/shared/YuvConverter.h"
+#include "camera/BufferAvailability.h"
 #include "camera/BufferData.h"
 #include "camera/DepthNodeData.h"
 #include "camera/DeviceData.h"
+#include "camera/RecordUtils.h"
 #include "camera/StandardDeviationHistory.h"
 #include "events/CameraManager.h"
-#include "events/ZerlaneThread.h"
+#include "mainwindow/RecordActions.h"
 #include "tree/DeviceTreeModel.h"
 #include "views/BufferDisplayWidget.h"
 #include "views/BufferSubWindow.h"
+#include "views/CameraViewContext.h"
 #include "views/DisplayWidget.h"
 #include "views/MdiArea.h"
 #include "widgets/AboutDialog.h"
@@ -23,14 +25,12 @@
 
 #include <QCloseEvent>
 #include <QLabel>
-#include <QRecursiveMutex>
 #include <QMutexLocker>
+#include <QThread>
 
 using Zerlane::Utils::Format;
 
 namespace {
-
-SingletonHolder<ZerlaneViewer> holder;
 
 bool isConfigurationProperty(const Zerlane::PropertyBase& property)
 {
@@ -41,35 +41,29 @@ bool isConfigurationProperty(const Zerlane::PropertyBase& property)
 
 } // namespace
 
-ZerlaneViewer* ZerlaneViewer::instance()
-{
-    return holder.instance([] { return new ZerlaneViewer(); });
-}
-
-ZerlaneViewer* ZerlaneViewer::existingInstance()
-{
-    return holder.existing();
-}
-
-void ZerlaneViewer::destroyInstance()
-{
-    holder.destroy();
-}
-
 ZerlaneViewer::ZerlaneViewer()
     : ui(std::make_unique<Ui::ZerlaneViewerClass>())
+    , m_manager(CameraManager::instance())
 {
     ui->setupUi(this);
     ui->actionDepthPalette->setVisible(StartupOptions::showHidden());
 
-    CameraManager* manager = CameraManager::instance();
-    m_treeModel = new DeviceTreeModel(manager);
+    m_treeModel = new DeviceTreeModel(m_manager);
     m_treeModel->setParent(this);
-    manager->setTreeModel(m_treeModel);
     ui->treeView->setModel(m_treeModel);
-    ui->treeView->setInfoWidget(ui->widgetInfo);
     ui->treeView->setDragEnabled(true);
-    ZerlaneThread::instance()->setTreeView(ui->treeView);
+    ui->treeView->setNodeActions({ui->actionRegisterNode, ui->actionControlNode});
+    connect(ui->treeView, &DeviceTreeView::selectedRecordChanged, this, &ZerlaneViewer::onSelectedRecordChanged);
+    m_recordActions = std::make_unique<RecordActions>(ui->actionRegisterNode, ui->actionControlNode,
+                                                      ui->actionRegisterDevice, ui->actionControlDevice);
+
+    // What the views draw with: read once here and kept by the manager, never per paint.
+    m_manager->setDisplayPreferences(Settings::displayPreferences());
+    m_viewContext = std::make_unique<CameraViewContext>(m_manager);
+    ui->mdiArea->setViewContext(m_viewContext.get());
+    connect(ui->mdiArea, &MdiArea::viewOpened, this, &ZerlaneViewer::onViewOpened);
+    connect(ui->mdiArea, &MdiArea::viewClosing, this, &ZerlaneViewer::onViewClosing);
+    connect(ui->mdiArea, &MdiArea::recordDropped, this, &ZerlaneViewer::onRecordDropped);
 
     ui->actionStartNodes->setShortcut(QKeySequence(Qt::Key_F5));
     ui->actionPauseNodes->setShortcut(QKeySequence(Qt::Key_F6));
@@ -111,19 +105,17 @@ ZerlaneViewer::ZerlaneViewer()
     m_statisticsTimer.setInterval(1000);
     connect(&m_statisticsTimer, &QTimer::timeout, this, &ZerlaneViewer::onTimeOut);
     m_statisticsTimer.start();
-    m_statisticsClock.start();
+    m_statistics.restart();
 
     YuvConverter::initTables();
 }
 
 ZerlaneViewer::~ZerlaneViewer()
 {
-    if (CameraManager* manager = CameraManager::existingInstance()) {
-        manager->setTreeModel(nullptr);
+    // Views close with the window: nothing may report to it any more.
+    disconnect(ui->mdiArea, nullptr, this, nullptr);
+    if (CameraManager* manager = CameraManager::existingInstance())
         manager->setMainWindow(nullptr);
-    }
-    if (ZerlaneThread* thread = ZerlaneThread::existingInstance())
-        thread->setTreeView(nullptr);
 }
 
 void ZerlaneViewer::markNotYetAvailable(QAction* action, const QString& what)
@@ -144,11 +136,6 @@ void ZerlaneViewer::restoreWindowGeometry()
         setWindowState(windowState() | Qt::WindowMaximized);
 }
 
-QAction* ZerlaneViewer::actionRegisterNode() const { return ui->actionRegisterNode; }
-QAction* ZerlaneViewer::actionControlNode() const { return ui->actionControlNode; }
-QAction* ZerlaneViewer::actionRegisterDevice() const { return ui->actionRegisterDevice; }
-QAction* ZerlaneViewer::actionControlDevice() const { return ui->actionControlDevice; }
-
 bool ZerlaneViewer::mirrorView() const
 {
     return ui->actionMirrorView->isChecked();
@@ -166,31 +153,48 @@ void ZerlaneViewer::setStatusIcon(const QPixmap& pixmap, const QString& text)
     m_statusText = text;
 }
 
-// ---- Called by the camera manager -------------------------------------------------------------------
+// ---- Told by the camera manager ----------------------------------------------------------------------
 
-void ZerlaneViewer::updateNodeRegisterAction(bool registered)
+void ZerlaneViewer::refreshRows(DeviceNodeBufferData* record)
 {
-    ui->actionRegisterNode->setChecked(registered);
+    m_treeModel->refreshRecord(record);
+    if (record->kind() == DeviceNodeBufferData::KindDevice) {
+        for (NodeData* node : static_cast<DeviceData*>(record)->nodes)
+            m_treeModel->refreshRecord(node);
+    }
 }
 
-void ZerlaneViewer::updateNodeControlAction(bool controlled)
+void ZerlaneViewer::registrationChanged(DeviceNodeBufferData* record)
 {
-    ui->actionControlNode->setChecked(controlled);
+    refreshRows(record);
+    m_recordActions->showRegistration(record);
+    if (record->kind() == DeviceNodeBufferData::KindNode)
+        showRegistrationOfViews(static_cast<NodeData*>(record));
 }
 
-void ZerlaneViewer::updateDeviceRegisterAction(bool registered)
+void ZerlaneViewer::controlChanged(DeviceNodeBufferData* record)
 {
-    ui->actionRegisterDevice->setChecked(registered);
+    refreshRows(record);
+    m_recordActions->showControl(record);
 }
 
-void ZerlaneViewer::updateDeviceControlAction(bool controlled)
-{
-    ui->actionControlDevice->setChecked(controlled);
-}
-
-void ZerlaneViewer::onPropertySet(DeviceNodeBufferData*)
+void ZerlaneViewer::propertySet(DeviceNodeBufferData*)
 {
     updateActions();
+}
+
+void ZerlaneViewer::configurationChanged(NodeData*)
+{
+    // Applied by the worker: the actions are re-evaluated on this window's thread.
+    QMetaObject::invokeMethod(this, &ZerlaneViewer::updateActions, Qt::QueuedConnection);
+}
+
+void ZerlaneViewer::showWarning(const QString& text)
+{
+    if (QThread::currentThread() == thread())
+        ZRMessageBox::warning(text);
+    else
+        QMetaObject::invokeMethod(this, [text] { ZRMessageBox::warning(text); }, Qt::QueuedConnection);
 }
 
 void ZerlaneViewer::showRegistrationOfViews(NodeData* node)
@@ -206,47 +210,111 @@ BufferDisplayWidget* ZerlaneViewer::viewOf(const BufferData* buffer)
     return buffer->subWindow ? qobject_cast<BufferDisplayWidget*>(buffer->subWindow->widget()) : nullptr;
 }
 
-MdiArea* ZerlaneViewer::mdiArea() const
-{
-    return ui->mdiArea;
-}
-
-void ZerlaneViewer::onViewOpened(BufferData* buffer)
-{
-    m_treeModel->refreshRecord(buffer);
-}
-
-void ZerlaneViewer::onViewClosed(BufferData* buffer)
-{
-    m_treeModel->refreshRecord(buffer);
-    NodeData* node = buffer->node;
-    DeviceData* device = node->device;
-    if (node->disconnected && !CameraManager::isInUse(node))
-        CameraManager::instance()->removeNode(node);
-    if (device->disconnected && !CameraManager::isInUse(device))
-        CameraManager::instance()->removeDevice(device);
-}
-
 void ZerlaneViewer::updateActions()
 {
     // The only action that depends on the selection and the streaming state is the current frame
     // export, which is not available in this version and stays disabled.
 }
 
+// ---- The tree's selection -----------------------------------------------------------------------------
+
+void ZerlaneViewer::onSelectedRecordChanged(DeviceNodeBufferData* record)
+{
+    if (!record) {
+        m_currentNode = nullptr;
+        ui->widgetInfo->showNothing();
+    } else {
+        // Pending configuration edits of the node shown until now are offered before anything changes.
+        ui->widgetInfo->askToApplyPendingChanges();
+        m_currentNode = nodeOf(record);
+        if (m_currentNode)
+            ui->widgetInfo->showNode(m_currentNode);
+        else if (DeviceData* device = deviceOf(record))
+            ui->widgetInfo->showDevice(device);
+    }
+    m_recordActions->showSelection(record);
+    updateActions();
+}
+
+void ZerlaneViewer::on_actionRegisterNode_triggered()
+{
+    if (NodeData* node = nodeOf(ui->treeView->selectedRecord()))
+        m_manager->registerNode(node, !node->registered);
+}
+
+void ZerlaneViewer::on_actionControlNode_triggered()
+{
+    NodeData* node = nodeOf(ui->treeView->selectedRecord());
+    if (!node)
+        return;
+    m_manager->controlNode(node, !node->controlled);
+    ui->widgetInfo->showNode(node); // its editors change between read-only and editable
+}
+
+void ZerlaneViewer::on_actionRegisterDevice_triggered()
+{
+    if (DeviceData* device = deviceOf(ui->treeView->selectedRecord()))
+        m_manager->registerDevice(device, !device->registered);
+}
+
+void ZerlaneViewer::on_actionControlDevice_triggered()
+{
+    DeviceNodeBufferData* record = ui->treeView->selectedRecord();
+    DeviceData* device = deviceOf(record);
+    if (!device)
+        return;
+    m_manager->controlDevice(device, !device->controlled);
+    if (NodeData* node = nodeOf(record))
+        ui->widgetInfo->showNode(node);
+    else
+        ui->widgetInfo->showDevice(device);
+}
+
+// ---- Views opening and closing ------------------------------------------------------------------
+
+void ZerlaneViewer::onViewOpened(BufferData* buffer, bool rebuilt)
+{
+    m_manager->addDisplayedBuffer(buffer);
+    if (BufferDisplayWidget* view = viewOf(buffer))
+        view->displayWidget()->setMirror(mirrorView());
+    m_treeModel->refreshRecord(buffer);
+    if (!rebuilt)
+        m_manager->switchMapOn(buffer);
+}
+
+void ZerlaneViewer::onViewClosing(BufferData* buffer)
+{
+    m_manager->removeDisplayedBuffer(buffer);
+    if (!buffer->reopening)
+        m_manager->switchMapOff(buffer);
+    m_treeModel->refreshRecord(buffer);
+    releaseIfUnused(buffer->node);
+}
+
+void ZerlaneViewer::onRecordDropped(quintptr address)
+{
+    // Only a buffer record of this process is opened: the address is looked up, never trusted.
+    BufferData* buffer = m_manager->findBuffer(address);
+    if (buffer && !buffer->subWindow)
+        ui->mdiArea->openView(buffer);
+}
+
 // ---- Devices and nodes ------------------------------------------------------------------------------
 
 void ZerlaneViewer::onDeviceConnected(Zerlane::Device device)
 {
-    DeviceData* record = CameraManager::instance()->addDevice(device);
-    if (record && Settings::autoExpandDevices())
+    DeviceData* record = m_manager->addDevice(device);
+    m_treeModel->insertItem(m_manager->deviceCount(), record, QModelIndex());
+    if (Settings::autoExpandDevices())
         ui->treeView->expand(m_treeModel->indexOf(record));
 }
 
 void ZerlaneViewer::onNodeConnected(Zerlane::Device device, Zerlane::Node node)
 {
-    NodeData* record = CameraManager::instance()->addNode(device, node);
+    NodeData* record = m_manager->addNode(device, node);
     if (!record)
         return;
+    m_treeModel->insertItem(record->position, record, m_treeModel->indexOf(record->device));
     if (Settings::autoExpandNodes())
         ui->treeView->expand(m_treeModel->indexOf(record));
     if (Settings::autoSaveWorkspace()) {
@@ -255,49 +323,72 @@ void ZerlaneViewer::onNodeConnected(Zerlane::Device device, Zerlane::Node node)
     }
 }
 
-void ZerlaneViewer::removeIfUnused(NodeData* node)
+void ZerlaneViewer::removeRecord(NodeData* node)
 {
-    if (CameraManager::isInUse(node)) {
-        // Kept until its last view closes; the views say that nothing comes any more.
-        node->disconnected = true;
-        for (BufferData* buffer : node->buffers) {
-            if (BufferDisplayWidget* view = viewOf(buffer))
-                view->setInteractiveInfo("Not streaming", QColor(0, 0, 0, 255));
-        }
-        return;
-    }
+    if (m_currentNode == node)
+        m_currentNode = nullptr;
     try {
-        CameraManager::instance()->removeNode(node);
+        m_treeModel->removeItem(node->position, m_treeModel->indexOf(node->device));
     } catch (const Zerlane::Exception&) {
         // the camera is gone already; the record is out of the lists either way
     }
 }
 
-void ZerlaneViewer::removeIfUnused(DeviceData* device)
+void ZerlaneViewer::removeRecord(DeviceData* device)
 {
-    if (CameraManager::isInUse(device)) {
-        device->disconnected = true;
-        const std::vector<NodeData*> nodes = device->nodes; // removing a node changes the list
-        for (NodeData* node : nodes)
-            removeIfUnused(node);
-        return;
-    }
+    if (m_currentNode && m_currentNode->device == device)
+        m_currentNode = nullptr;
     try {
-        CameraManager::instance()->removeDevice(device);
+        m_treeModel->removeItem(device->position, QModelIndex());
     } catch (const Zerlane::Exception&) {
     }
 }
 
+void ZerlaneViewer::removeWhenUnused(NodeData* node)
+{
+    if (!CameraManager::isInUse(node)) {
+        removeRecord(node);
+        return;
+    }
+    // Kept until its last view closes; the views say that nothing comes any more.
+    node->disconnected = true;
+    for (BufferData* buffer : node->buffers) {
+        if (BufferDisplayWidget* view = viewOf(buffer))
+            view->setInteractiveInfo("Not streaming", QColor(0, 0, 0, 255));
+    }
+}
+
+void ZerlaneViewer::removeWhenUnused(DeviceData* device)
+{
+    if (!CameraManager::isInUse(device)) {
+        removeRecord(device);
+        return;
+    }
+    device->disconnected = true;
+    const std::vector<NodeData*> nodes = device->nodes; // removing a node changes the list
+    for (NodeData* node : nodes)
+        removeWhenUnused(node);
+}
+
+void ZerlaneViewer::releaseIfUnused(NodeData* node)
+{
+    DeviceData* device = node->device;
+    if (node->disconnected && !CameraManager::isInUse(node))
+        removeRecord(node);
+    if (device && device->disconnected && !CameraManager::isInUse(device))
+        removeRecord(device);
+}
+
 void ZerlaneViewer::onNodeDisconnected(Zerlane::Node node)
 {
-    if (NodeData* record = CameraManager::instance()->findNode(node))
-        removeIfUnused(record);
+    if (NodeData* record = m_manager->findNode(node))
+        removeWhenUnused(record);
     updateActions();
 }
 
 void ZerlaneViewer::onDeviceDisconnected(Zerlane::Device device)
 {
-    DeviceData* record = CameraManager::instance()->findDevice(device);
+    DeviceData* record = m_manager->findDevice(device);
     if (!record)
         return;
     bool overheated = false;
@@ -307,28 +398,24 @@ void ZerlaneViewer::onDeviceDisconnected(Zerlane::Device device)
     }
     if (overheated)
         ZRMessageBox::warning("Device disconnected due to overheating");
-    removeIfUnused(record);
+    removeWhenUnused(record);
     updateActions();
 }
 
 void ZerlaneViewer::onJobDone(NodeData* nodeData)
 {
-    DeviceData* device = nodeData->device;
     nodeData->decrementActive();
-    if (nodeData->disconnected && !CameraManager::isInUse(nodeData))
-        CameraManager::instance()->removeNode(nodeData);
-    if (device && device->disconnected && !CameraManager::isInUse(device))
-        CameraManager::instance()->removeDevice(device);
+    releaseIfUnused(nodeData);
 }
 
 void ZerlaneViewer::onRegisterNode(NodeData* nodeData)
 {
-    CameraManager::instance()->registerNode(nodeData, true);
+    m_manager->registerNode(nodeData, true);
 }
 
 void ZerlaneViewer::onControlNode(NodeData* nodeData)
 {
-    CameraManager::instance()->controlNode(nodeData, true);
+    m_manager->controlNode(nodeData, true);
 }
 
 // ---- Frames, properties, messages -------------------------------------------------------------------
@@ -336,78 +423,22 @@ void ZerlaneViewer::onControlNode(NodeData* nodeData)
 void ZerlaneViewer::onNewFrame(BufferData* bufferData)
 {
     // While frozen the cameras keep delivering, but nothing new is shown.
-    if (CameraManager::instance()->streamingState() != CameraManager::Streaming)
+    if (m_manager->streamingState() != CameraManager::Streaming)
         return;
-    updateAvailability(bufferData);
+    bufferData->unavailable = BufferAvailability::isUnavailable(bufferData);
     BufferDisplayWidget* view = viewOf(bufferData);
     if (!view)
         return;
     if (bufferData->unavailable)
-        view->setInteractiveInfo(unavailableText(bufferData), QColor(0, 0, 0, 255));
+        view->setInteractiveInfo(BufferAvailability::unavailableText(bufferData), QColor(0, 0, 0, 255));
     else
         showFrame(bufferData, view);
 }
 
-namespace {
-
-BufferData* bufferOfType(NodeData* node, uint32_t type)
-{
-    for (BufferData* buffer : node->buffers) {
-        if (buffer->type == type)
-            return buffer;
-    }
-    return nullptr;
-}
-
-NodeData* colorNodeOf(DeviceData* device)
-{
-    for (NodeData* node : device->nodes) {
-        if (node->node.is<Zerlane::ColorNode>())
-            return node;
-    }
-    return nullptr;
-}
-
-} // namespace
-
-void ZerlaneViewer::updateAvailability(BufferData* buffer) const
-{
-    if (buffer->type != BufferData::UV) {
-        buffer->unavailable = buffer->noData;
-        return;
-    }
-    // The UV view needs the node's floating-point vertices and a streaming colour image.
-    BufferData* vertices = bufferOfType(buffer->node, BufferData::VerticesFloatingPoint);
-    NodeData* color = colorNodeOf(buffer->node->device);
-    BufferData* colorMap = color && !color->buffers.empty() ? color->buffers.front() : nullptr;
-    buffer->unavailable = buffer->noData || !vertices || vertices->noData || !color || !color->dataReceived
-        || !colorMap || colorMap->noData;
-}
-
-QString ZerlaneViewer::unavailableText(BufferData* buffer) const
-{
-    if (buffer->type == BufferData::UV) {
-        BufferData* vertices = bufferOfType(buffer->node, BufferData::VerticesFloatingPoint);
-        NodeData* color = colorNodeOf(buffer->node->device);
-        BufferData* colorMap = color && !color->buffers.empty() ? color->buffers.front() : nullptr;
-        if (!color)
-            return "Color node not present";
-        if (!vertices || vertices->noData)
-            return "Vertices Floating Point not streaming";
-        if (colorMap && !colorMap->noData && color->dataReceived)
-            return "Not streaming";
-        return "Color not streaming";
-    }
-    if (buffer->type == BufferData::StandardDeviation)
-        return buffer->node->roiX < 0 ? "No ROI selected" : "Not streaming";
-    return "Not streaming";
-}
-
 void ZerlaneViewer::showFrame(BufferData* buffer, BufferDisplayWidget* view)
 {
-    CameraManager* manager = CameraManager::instance();
     if (buffer->node->node.is<Zerlane::DepthNode>()) {
-        const Zerlane::DepthNode::Acceleration& a = static_cast<DepthNodeData*>(buffer->node)->acceleration;
+        const Zerlane::DepthNode::Acceleration a = static_cast<DepthNodeData*>(buffer->node)->acceleration();
         view->setAcceleration(a.x, a.y, a.z);
     }
     {
@@ -415,16 +446,17 @@ void ZerlaneViewer::showFrame(BufferData* buffer, BufferDisplayWidget* view)
         const int slot = buffer->readSlot();
         if (buffer->timeOfArrival[slot] == 0)
             return; // right after the first sample the reader's slot has not been written yet
-        view->setTimeOfCapture(manager->relativeTime(buffer->timeOfCapture[slot]));
-        view->setTimeOfArrival(manager->relativeTime(buffer->timeOfArrival[slot]));
-        view->setTimeOfEvent(manager->relativeTime(buffer->timeOfEvent[slot]));
+        view->setTimeOfCapture(m_manager->relativeTime(buffer->timeOfCapture[slot]));
+        view->setTimeOfArrival(m_manager->relativeTime(buffer->timeOfArrival[slot]));
+        view->setTimeOfEvent(m_manager->relativeTime(buffer->timeOfEvent[slot]));
         view->setDroppedFrames(int(buffer->droppedFrames[slot]));
         view->setTotalDroppedFrames(int(buffer->totalDroppedFrames[slot]));
         if (recording && buffer->recorded)
             emit newRecordedFrame();
     }
     if (!buffer->notRegisteredShown && buffer->resetPending[buffer->readSlot()]) {
-        buffer->resetPending[0] = buffer->resetPending[1] = false;
+        buffer->resetPending[0] = false;
+        buffer->resetPending[1] = false;
         view->reset();
     }
     view->refresh();
@@ -438,9 +470,9 @@ void ZerlaneViewer::onPropertyChanged(Zerlane::Device, Zerlane::PropertyBase)
 void ZerlaneViewer::onPropertyChanged(Zerlane::Node node, Zerlane::PropertyBase property)
 {
     try {
-        NodeData* record = CameraManager::instance()->findNode(node);
+        NodeData* record = m_manager->findNode(node);
         if (record && isConfigurationProperty(property))
-            CameraManager::instance()->storeReportedConfiguration(record);
+            m_manager->storeReportedConfiguration(record);
         const std::string name = property.isSet() ? property.name() : std::string();
         if (record && (name == "depthMap3Planes" || name == "depthMapFloatingPoint3Planes"))
             rebuildViewsOf(record);
@@ -464,28 +496,17 @@ void ZerlaneViewer::onSetStatusMessage(QString message, int timeout)
 
 void ZerlaneViewer::onTimeOut()
 {
-    const qint64 elapsed = std::max<qint64>(1, m_statisticsClock.elapsed());
-    const double factor = 1000.0 / double(elapsed);
-    for (NodeData* node : CameraManager::instance()->nodes()) {
-        m_eventRates[node] = node->sampleCount * factor;
-        node->sampleCount = 0;
-    }
-    auto rate = [](double value) { return QString("%1").arg(value, 2, 'f', 0); };
-    for (BufferData* buffer : CameraManager::instance()->displayedBuffers()) {
+    m_statistics.closeInterval(m_manager->nodes());
+    for (BufferData* buffer : m_manager->displayedBuffers()) {
         BufferDisplayWidget* view = viewOf(buffer);
         if (!view)
             continue;
-        const double frameRate = buffer->frameCount * factor;
-        const double paintRate = view->displayWidget()->repaintCount() * factor;
-        buffer->frameCount = 0;
+        const QString line = m_statistics.takeViewLine(buffer, view->displayWidget()->repaintCount());
         view->clearRepaintCount();
-        if (buffer->node && CameraManager::instance()->findNode(buffer->node->node))
-            view->setInfo(QString("Frame rate : %1      Event rate : %2      Paint rate : %3")
-                              .arg(rate(frameRate), rate(m_eventRates.value(buffer->node, 0.0)), rate(paintRate)));
-        else
-            view->setInfo("- No Info -");
+        const bool nodeListed = buffer->node && m_manager->findNode(buffer->node->node);
+        view->setInfo(nodeListed ? line : QString("- No Info -"));
     }
-    m_statisticsClock.restart();
+    m_statistics.restart();
 }
 
 void ZerlaneViewer::onAddBuffer(BufferData* bufferData, QPoint pos, QSize size, bool maximized, float x, float y,
@@ -548,11 +569,11 @@ void ZerlaneViewer::onStreamingStopped(bool ok)
 {
     if (!ok)
         return;
-    for (BufferData* buffer : CameraManager::instance()->displayedBuffers()) {
+    for (BufferData* buffer : m_manager->displayedBuffers()) {
         if (BufferDisplayWidget* view = viewOf(buffer))
             view->reset();
     }
-    for (NodeData* node : CameraManager::instance()->nodes()) {
+    for (NodeData* node : m_manager->nodes()) {
         node->dataReceived = false;
         if (node->node.is<Zerlane::DepthNode>())
             StandardDeviationHistory::clear(*static_cast<DepthNodeData*>(node));
@@ -569,7 +590,7 @@ void ZerlaneViewer::on_actionStartNodes_triggered()
 
 void ZerlaneViewer::on_actionPauseNodes_triggered()
 {
-    CameraManager::instance()->setStreamingState(CameraManager::Frozen);
+    m_manager->setStreamingState(CameraManager::Frozen);
     setStatusIcon(m_frozenPixmap, "Frozen");
     updateActions();
 }
@@ -595,7 +616,7 @@ void ZerlaneViewer::onUpdateRecordingInfo(bool isRecording, unsigned int recorde
     ui->actionRecordQvf->setIcon(QIcon(isRecording ? m_stopRecordPixmap : m_recordPixmap));
     if (!ui->actionRecordQvf->isEnabled() && recording == isRecording) {
         recordingPending = false;
-        if (!CameraManager::instance()->displayedBuffers().empty())
+        if (!m_manager->displayedBuffers().empty())
             ui->actionRecordQvf->setEnabled(true);
     }
     m_recordingLabel->setEnabled(isRecording);
@@ -612,7 +633,7 @@ void ZerlaneViewer::on_actionQuit_triggered()
 
 void ZerlaneViewer::on_actionMirrorView_triggered()
 {
-    for (BufferData* buffer : CameraManager::instance()->displayedBuffers()) {
+    for (BufferData* buffer : m_manager->displayedBuffers()) {
         if (BufferDisplayWidget* view = viewOf(buffer)) {
             view->displayWidget()->setMirror(mirrorView());
             view->refresh();
@@ -632,26 +653,6 @@ void ZerlaneViewer::on_actionViewLeft_triggered() { applyPresetToActiveView(1); 
 void ZerlaneViewer::on_actionViewRight_triggered() { applyPresetToActiveView(2); }
 void ZerlaneViewer::on_actionViewTop_triggered() { applyPresetToActiveView(3); }
 void ZerlaneViewer::on_actionViewBottom_triggered() { applyPresetToActiveView(4); }
-
-void ZerlaneViewer::on_actionRegisterNode_triggered()
-{
-    ui->treeView->toggleNodeRegistration();
-}
-
-void ZerlaneViewer::on_actionControlNode_triggered()
-{
-    ui->treeView->toggleNodeControl();
-}
-
-void ZerlaneViewer::on_actionRegisterDevice_triggered()
-{
-    ui->treeView->toggleDeviceRegistration();
-}
-
-void ZerlaneViewer::on_actionControlDevice_triggered()
-{
-    ui->treeView->toggleDeviceControl();
-}
 
 void ZerlaneViewer::on_actionAbout_triggered()
 {
@@ -684,7 +685,7 @@ void ZerlaneViewer::saveWorkspace()
     Settings::setWorkspacePos(maximized ? m_normalPosition : pos());
     Settings::setWorkspaceSize(maximized ? m_normalSize : QSize(frameGeometry().width(), frameGeometry().height()));
     Settings::setWorkspaceIsMaximized(maximized);
-    for (DeviceData* device : CameraManager::instance()->devices()) {
+    for (DeviceData* device : m_manager->devices()) {
         const int deviceNumber = Settings::writeDevice(device);
         for (NodeData* node : device->nodes) {
             const int nodeNumber = Settings::writeNode(node, deviceNumber);

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "Zerlane/Zerlane.h"
+#include "app/shared/Singleton.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
+#include "events/CameraManagerListener.h"
+#include "mainwindow/ViewStatistics.h"
 
-#include <QElapsedTimer>
 #include <QMainWindow>
-#include <QMap>
 #include <QPixmap>
 #include <QPoint>
 #include <QSize>
@@ -15,49 +16,39 @@
 
 #include <memory>
 
-class DeviceTreeModel;
-class BaseBufferDisplayWidget;
 class BufferDisplayWidget;
-class MdiArea;
+class CameraManager;
+class DeviceTreeModel;
 class QLabel;
+class RecordActions;
+class ViewContext;
 namespace Ui {
 class ZerlaneViewerClass;
 }
 
 // The application's main window: device tree, view area and info panel; streaming, registration and
 // control actions; the status icon, statistics and recording state.
-class ZerlaneViewer : public QMainWindow {
+//
+// It is where the program decides: the tree and the view area report selections, drops and views
+// opening and closing; the camera manager reports what it changed through CameraManagerListener; the
+// window turns these into rows, check marks, views and calls on the manager.
+class ZerlaneViewer : public QMainWindow, public Singleton<ZerlaneViewer>, public CameraManagerListener {
     Q_OBJECT
 
 public:
-    static ZerlaneViewer* instance();
-    static ZerlaneViewer* existingInstance();
-    static void destroyInstance();
     ~ZerlaneViewer() override;
 
-    QAction* actionRegisterNode() const;
-    QAction* actionControlNode() const;
-    QAction* actionRegisterDevice() const;
-    QAction* actionControlDevice() const;
-    DeviceTreeModel* treeModel() const { return m_treeModel; }
-    bool mirrorView() const;
     // The status icon's state text: "Stopped", "Streaming" or "Frozen".
     QString streamingStatusText() const;
-    double eventRate(const NodeData* node) const { return m_eventRates.value(node, 0.0); }
+    // The node record of the tree's selection (a buffer's node), or null.
+    NodeData* currentNode() const { return m_currentNode; }
 
-    // Called by the camera manager after registration, control and property operations.
-    void updateNodeRegisterAction(bool registered);
-    void updateNodeControlAction(bool controlled);
-    void updateDeviceRegisterAction(bool registered);
-    void updateDeviceControlAction(bool controlled);
-    void onPropertySet(DeviceNodeBufferData* record);
-    // Every open view of the node learns whether its node is registered now.
-    void showRegistrationOfViews(NodeData* node);
-    // A view of the buffer was opened or closed (the tree shows shown buffers in bold; a disconnected
-    // node goes once its last view has closed).
-    void onViewOpened(BufferData* buffer);
-    void onViewClosed(BufferData* buffer);
-    MdiArea* mdiArea() const;
+    // CameraManagerListener.
+    void registrationChanged(DeviceNodeBufferData* record) override;
+    void controlChanged(DeviceNodeBufferData* record) override;
+    void propertySet(DeviceNodeBufferData* record) override;
+    void configurationChanged(NodeData* node) override;
+    void showWarning(const QString& text) override;
 
 signals:
     void nodeAdded(NodeData* nodeData);
@@ -108,28 +99,49 @@ private slots:
     void on_actionViewTop_triggered();
     void on_actionViewBottom_triggered();
 
+    // From the tree and the view area.
+    void onSelectedRecordChanged(DeviceNodeBufferData* record);
+    void onViewOpened(BufferData* buffer, bool rebuilt);
+    void onViewClosing(BufferData* buffer);
+    void onRecordDropped(quintptr address);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
+    friend class Singleton<ZerlaneViewer>;
     ZerlaneViewer();
 
     void setStatusIcon(const QPixmap& pixmap, const QString& text);
     void markNotYetAvailable(QAction* action, const QString& what);
     void restoreWindowGeometry();
     void saveWorkspace();
-    void removeIfUnused(NodeData* node);
-    void removeIfUnused(DeviceData* device);
+    bool mirrorView() const;
+
+    // Records the camera has left: kept, marked disconnected, while in use; otherwise their rows and
+    // records go. releaseIfUnused applies the same rule once a use ends (a view closed, a job done):
+    // the node first, then its device.
+    void removeWhenUnused(NodeData* node);
+    void removeWhenUnused(DeviceData* device);
+    void releaseIfUnused(NodeData* node);
+    void removeRecord(NodeData* node);
+    void removeRecord(DeviceData* device);
+
+    // Every open view of the node shows whether the node is registered.
+    void showRegistrationOfViews(NodeData* node);
     void applyPresetToActiveView(int preset);
     void showFrame(BufferData* buffer, BufferDisplayWidget* view);
-    QString unavailableText(BufferData* buffer) const;
-    void updateAvailability(BufferData* buffer) const;
     void rebuildViewsOf(NodeData* node);
+    void refreshRows(DeviceNodeBufferData* record);
     static BufferDisplayWidget* viewOf(const BufferData* buffer);
 
     std::unique_ptr<Ui::ZerlaneViewerClass> ui;
+    CameraManager* m_manager;
     DeviceTreeModel* m_treeModel = nullptr;
+    std::unique_ptr<ViewContext> m_viewContext;
+    std::unique_ptr<RecordActions> m_recordActions;
+    NodeData* m_currentNode = nullptr;
     QLabel* m_statusIcon = nullptr;
     QLabel* m_recordingLabel = nullptr;
     QString m_statusText;
@@ -141,8 +153,7 @@ private:
     bool recordingPending = false;
     bool recording = false;
     QTimer m_statisticsTimer;
-    QElapsedTimer m_statisticsClock;
-    QMap<const NodeData*, double> m_eventRates;
+    ViewStatistics m_statistics;
     QPoint m_normalPosition{0, 0};
     QSize m_normalSize{-1, -1};
 };

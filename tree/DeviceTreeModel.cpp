@@ -1,6 +1,6 @@
 #include "tree/DeviceTreeModel.h"
 
-#include "app/TextUtils.h"
+#include "app/shared/TextUtils.h"
 #include "camera/BufferData.h"
 #include "Zerlane/Zerlane.h"
 #include "camera/DeviceData.h"

@@ -1,44 +1,33 @@
 #pragma once
 
-#include <QIcon>
 #include <QTreeView>
 
-class DeviceData;
-class InfoWidget;
-class NodeData;
+class DeviceNodeBufferData;
+class QAction;
 
-// The device tree. Its selection makes the event thread's current node, switches the info panel and
-// keeps the main window's register and control actions in step; it carries out their toggles.
+// The device tree. It reports the record of the first selected row whenever the selection changes,
+// and offers the node actions it is given in a context menu on node rows; the window decides what a
+// selection means and carries out the actions.
 class DeviceTreeView : public QTreeView {
     Q_OBJECT
 
 public:
     explicit DeviceTreeView(QWidget* parent = nullptr);
 
-    void setInfoWidget(InfoWidget* infoWidget);
+    // The actions of the context menu of a node row, in menu order (not owned).
+    void setNodeActions(const QList<QAction*>& actions);
+    // The record of the first selected row, or null.
+    DeviceNodeBufferData* selectedRecord() const;
 
-    void toggleNodeRegistration();
-    void toggleNodeControl();
-    void toggleDeviceRegistration();
-    void toggleDeviceControl();
+signals:
+    // The selection changed; `record` is the first newly selected row's record, null when the
+    // selection became empty.
+    void selectedRecordChanged(DeviceNodeBufferData* record);
 
 protected:
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
-    void showNodeSelection(NodeData* node);
-    void showDeviceSelection(DeviceData* device);
-    void clearSelectionState();
-    // The node and the device of the first selected item (a buffer stands for its node).
-    NodeData* selectedNode() const;
-    DeviceData* selectedDevice() const;
-
-    InfoWidget* m_infoWidget = nullptr;
-    QIcon m_audioControlIcon;
-    QIcon m_audioRegisterIcon;
-    QIcon m_colourControlIcon;
-    QIcon m_colourRegisterIcon;
-    QIcon m_depthControlIcon;
-    QIcon m_depthRegisterIcon;
+    QList<QAction*> m_nodeActions;
 };

@@ -1,6 +1,6 @@
 #include "widgets/ZRMessageBox.h"
 
-#include "app/StartupOptions.h"
+#include "app/shared/StartupOptions.h"
 #include "worker/PostponedCalls.h"
 
 #include <QApplication>
