@@ -2,8 +2,8 @@
 // colouring the same images through the palette. Reports ratios against that baseline, measured in
 // the same run, for a VGA depth sample with every map on, and the colour handler at 1280x720 YUY2.
 
-#include "app/StartupOptions.h"
-#include "app/YuvConverter.h"
+#include "app/shared/StartupOptions.h"
+#include "app/shared/YuvConverter.h"
 #include "camera/BufferData.h"
 #include "camera/DepthNodeData.h"
 #include "camera/DeviceData.h"
@@ -45,11 +45,12 @@ Captured& captured()
         CameraManager* manager = CameraManager::instance();
         Zerlane::Context context = manager->context();
         Zerlane::Device device = context.getDevices().front();
-        manager->addDevice(device);
+        manager->appendDevice(manager->addDevice(device));
         Zerlane::DepthNode depth;
         Zerlane::ColorNode color;
         for (const Zerlane::Node& node : device.getNodes()) {
             NodeData* record = manager->addNode(device, node);
+            manager->appendNodeToDevice(record);
             if (node.is<Zerlane::DepthNode>()) {
                 depth = Zerlane::DepthNode(node);
                 result.depthRecord = record;
@@ -134,8 +135,8 @@ void BM_DepthBaseline(benchmark::State& state)
         for (int i = 0; i < 4; ++i)
             images[slot].emplace_back(static_cast<size_t>(pixels));
     }
-    const DepthPalette& palette = CameraManager::instance()->palette();
-    const float range = static_cast<DepthNodeData*>(c.depthRecord)->range;
+    const DepthPalette& palette = *CameraManager::instance()->palette();
+    const float range = static_cast<DepthNodeData*>(c.depthRecord)->range();
     int slot = 0;
     for (auto _ : state) {
         slot = 1 - slot;

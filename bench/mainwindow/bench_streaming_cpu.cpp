@@ -2,7 +2,7 @@
 // camera library streaming the same registered nodes with nobody watching (the simulator's own cost),
 // measured one after the other in the same run. Prints both as a share of one core and the difference.
 
-#include "app/StartupOptions.h"
+#include "app/shared/StartupOptions.h"
 #include "app/ViewerMain.h"
 #include "camera/NodeData.h"
 #include "events/CameraManager.h"

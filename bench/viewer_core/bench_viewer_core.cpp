@@ -3,7 +3,7 @@
 //   colouring 640x480 maps through the palette   <= 1.5x a plain table look-up over the same pixels
 //   YUY2 -> B, G, R at 1280x720                   <= 2x libyuv (YUY2 -> ARGB -> RGB24 row by row)
 //   loading ":/palettes/palette.xml"              < 20 ms
-#include "app/YuvConverter.h"
+#include "app/shared/YuvConverter.h"
 #include "palettes/DepthColorizer.h"
 #include "palettes/DepthPalette.h"
 

@@ -8,7 +8,7 @@
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
-#include "events/CameraManager.h"
+#include "views/ViewContext.h"
 #include "support/ViewerTestSupport.h"
 #include "views/DisplayWidget.h"
 #include "worker/Settings.h"
@@ -46,7 +46,7 @@ public:
         makeCurrent();
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
         glEnable(GL_DEPTH_TEST);
-        glPointSize(float(Settings::dotSize()));
+        glPointSize(float(DisplayPreferences().dotSize));
         glEnableClientState(GL_VERTEX_ARRAY);
         glVertexPointer(3, GL_FLOAT, 0, xyz);
         glDrawArrays(GL_POINTS, 0, count);
@@ -57,6 +57,23 @@ public:
 };
 
 std::map<std::string, double> g_best; // best seconds per iteration, by name
+
+// Streaming, no axes; the UV benchmarks choose points or triangles.
+class BenchViewContext : public ViewContext {
+public:
+    bool streamingStopped() const override { return false; }
+    qint64 relativeTime(quint64 time) const override { return qint64(time); }
+    void lockBuffers() override { m_lock.lock(); }
+    void unlockBuffers() override { m_lock.unlock(); }
+    DisplayPreferences preferences() const override { return values; }
+
+    DisplayPreferences values;
+
+private:
+    QMutex m_lock;
+};
+
+BenchViewContext* g_context = nullptr;
 
 double now()
 {
@@ -129,6 +146,7 @@ Records* g_records = nullptr;
 PaintedWidget* shownWidget(BufferData* buffer)
 {
     auto* w = new PaintedWidget;
+    w->setContext(g_context);
     w->setBuffer(buffer);
     w->loadCameraPreset(Settings::Front);
     w->resize(kWidth, kHeight);
@@ -150,7 +168,7 @@ void BM_PaintNewSample(benchmark::State& state)
 {
     PaintedWidget* w = shownWidget(g_records->depthImage);
     timeBest(state, "newSample", [&] {
-        g_records->depthImage->image[1].uploaded = false;
+        g_records->depthImage->image[1].markChanged();
         w->paintNow();
     });
     delete w;
@@ -166,7 +184,7 @@ void BM_RepaintSameSample(benchmark::State& state)
 
 void BM_UvPoints(benchmark::State& state)
 {
-    Settings::setDisplayTriangles(false);
+    g_context->values.displayTriangles = false;
     PaintedWidget* w = shownWidget(g_records->uv);
     timeBest(state, "uvPoints", [&] { w->paintNow(); });
     delete w;
@@ -191,7 +209,7 @@ void BM_BarePointsDraw(benchmark::State& state)
 
 void BM_UvTriangles(benchmark::State& state)
 {
-    Settings::setDisplayTriangles(true);
+    g_context->values.displayTriangles = true;
     PaintedWidget* w = shownWidget(g_records->uv);
     timeBest(state, "uvTriangles", [&] { w->paintNow(); });
     delete w;
@@ -226,9 +244,9 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     ViewerTest::isolateSettings();
-    ViewerTest::useSteppedSimulator();
-    CameraManager::instance()->setStreamingState(CameraManager::Streaming);
-    Settings::setDisplayAxis(false);
+    BenchViewContext context;
+    context.values.displayAxis = false;
+    g_context = &context;
     {
         Records records;
         g_records = &records;
@@ -241,7 +259,6 @@ int main(int argc, char** argv)
     printRatio("repaint same sample vs memcpy", "sameSample", "memcpy");
     printRatio("UV 640x480 triangles vs points", "uvTriangles", "uvPoints");
     printRatio("3D view of 640x480 vertices vs bare draw", "vertexPoints", "barePoints");
-    CameraManager::destroyInstance();
     benchmark::Shutdown();
     return 0;
 }

@@ -77,10 +77,10 @@ void measure(ZerlaneViewer* window, const char* title, const std::vector<uint32_
 {
     std::vector<BufferDisplayWidget*> views;
     for (uint32_t type : types) {
-        BufferSubWindow* sub = window->mdiArea()->openView(bufferOf(type));
+        BufferSubWindow* sub = window->findChild<MdiArea*>("mdiArea")->openView(bufferOf(type));
         views.push_back(qobject_cast<BufferDisplayWidget*>(sub->widget()));
     }
-    window->mdiArea()->tileSubWindows();
+    window->findChild<MdiArea*>("mdiArea")->tileSubWindows();
     pumpEvents(3500);
 
     std::vector<Rates> rates(views.size());
@@ -106,7 +106,7 @@ void measure(ZerlaneViewer* window, const char* title, const std::vector<uint32_
                     r.frame / r.samples, r.paint / r.samples, r.paint / r.frame);
     }
     std::printf("  process CPU: %.0f%% of one core\n", cpu * 100);
-    window->mdiArea()->closeAllSubWindows();
+    window->findChild<MdiArea*>("mdiArea")->closeAllSubWindows();
     pumpEvents(500);
 }
 

@@ -1,7 +1,6 @@
 // Text utilities and the YUY2 conversion.
-#include "app/TextUtils.h"
-#include "app/YuvConverter.h"
-#include "camera/BufferData.h"
+#include "app/shared/TextUtils.h"
+#include "app/shared/YuvConverter.h"
 
 #include <QtTest>
 
@@ -12,7 +11,6 @@ class TstApp : public QObject {
     Q_OBJECT
 private slots:
     void specialValueTexts();
-    void mapEnableNames();
     void powerLineFrequencyTexts();
     void unsignedTimeTexts_data();
     void unsignedTimeTexts();
@@ -47,34 +45,6 @@ void TstApp::specialValueTexts()
     QCOMPARE(specialValueTextFloat(-1.5f), QStringLiteral("Unknown (-1.5)"));
     QCOMPARE(specialValueTextFloat(0.f), QStringLiteral("Unknown (0)"));
     QCOMPARE(specialValueTextFloat(1234567.f), QStringLiteral("Unknown (1.23457e+06)"));
-}
-
-void TstApp::mapEnableNames()
-{
-    const struct {
-        uint32_t type;
-        const char* name;
-    } expected[] = {
-        {BufferData::Color, "enableColorMap"},
-        {BufferData::Phase, "enablePhaseMap"},
-        {BufferData::Combined, "enablePhaseMap"},
-        {BufferData::Confidence, "enableConfidenceMap"},
-        {BufferData::Depth, "enableDepthMap"},
-        {BufferData::DepthFloatingPoint, "enableDepthMapFloatingPoint"},
-        {BufferData::StandardDeviation, "enableDepthMapFloatingPoint"},
-        {BufferData::Vertices, "enableVertices"},
-        {BufferData::VerticesFloatingPoint, "enableVerticesFloatingPoint"},
-        {BufferData::UV, "enableUvMap"},
-        {BufferData::Audio, ""},
-        {11, ""},
-    };
-    for (const auto& e : expected)
-        QCOMPARE(mapEnableName(e.type), QString::fromLatin1(e.name));
-
-    auto* buffer = new BufferData(nullptr, BufferData::UV);
-    QCOMPARE(mapEnableName(buffer), QStringLiteral("enableUvMap"));
-    buffer->release();
-    QCOMPARE(mapEnableName(static_cast<const BufferData*>(nullptr)), QString());
 }
 
 void TstApp::powerLineFrequencyTexts()

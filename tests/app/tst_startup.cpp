@@ -1,7 +1,7 @@
 // The command line and the start-up error text.
 
 #include "app/CommandLine.h"
-#include "app/StartupOptions.h"
+#include "app/shared/StartupOptions.h"
 #include "app/ViewerMain.h"
 #include "support/ViewerTestSupport.h"
 

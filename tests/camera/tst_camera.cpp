@@ -50,7 +50,7 @@ private slots:
     void activeCountsClimbFromNodeToDevice();
     void nodeReleasesItsBuffers();
     void depthNodeOwnsItsHistory();
-    void deviceOfEveryKind();
+    void relationsOfEveryKind();
     void newBufferState();
     void capacitiesAndNames();
     void slotsFlipAndReaderTakesTheOther();
@@ -73,7 +73,7 @@ void TstCamera::freshRecordsAndReferenceCounts()
     QVERIFY(!node->registered && !node->controlled && !node->dataReceived);
     QCOMPARE(node->roiX, -1);
     QCOMPARE(node->roiHeight, -1);
-    QCOMPARE(node->sampleCount, 0);
+    QCOMPARE(node->sampleCount.load(), 0);
 
     // An extra reference keeps the record alive through one release.
     g_buffersDestroyed = 0;
@@ -166,12 +166,13 @@ void TstCamera::depthNodeOwnsItsHistory()
     node->release();
 }
 
-void TstCamera::deviceOfEveryKind()
+void TstCamera::relationsOfEveryKind()
 {
     auto* device = new DeviceData(Zerlane::Device(), {});
     auto* node = new NodeData(Zerlane::Node(), device, {});
     auto* buffer = new BufferData(node, BufferData::UV);
-    node->buffers.push_back(buffer);
+    auto* vertices = new BufferData(node, BufferData::VerticesFloatingPoint);
+    node->buffers = {buffer, vertices};
     auto* orphan = new BufferData(nullptr, BufferData::UV);
 
     QCOMPARE(deviceOf(device), device);
@@ -179,6 +180,25 @@ void TstCamera::deviceOfEveryKind()
     QCOMPARE(deviceOf(buffer), device);
     QCOMPARE(deviceOf(orphan), static_cast<DeviceData*>(nullptr));
     QCOMPARE(deviceOf(nullptr), static_cast<DeviceData*>(nullptr));
+
+    // A buffer stands for its node; a device for none.
+    QCOMPARE(nodeOf(node), node);
+    QCOMPARE(nodeOf(buffer), node);
+    QCOMPARE(nodeOf(device), static_cast<NodeData*>(nullptr));
+    QCOMPARE(nodeOf(orphan), static_cast<NodeData*>(nullptr));
+    QCOMPARE(nodeOf(nullptr), static_cast<NodeData*>(nullptr));
+
+    QCOMPARE(node->buffer(BufferData::VerticesFloatingPoint), vertices);
+    QCOMPARE(node->buffer(BufferData::UV), buffer);
+    QCOMPARE(node->buffer(BufferData::Depth), static_cast<BufferData*>(nullptr));
+    QCOMPARE(device->colorBuffer(), static_cast<BufferData*>(nullptr));
+    auto* colour = new NodeData(Zerlane::Node(), device, {});
+    auto* image = new BufferData(colour, BufferData::Color);
+    colour->buffers = {image};
+    device->nodes = {node, colour};
+    QCOMPARE(device->colorBuffer(), image);
+    device->nodes.clear();
+    colour->release();
 
     orphan->release();
     node->release();
@@ -191,7 +211,7 @@ void TstCamera::newBufferState()
     QCOMPARE(buffer->kind(), uint32_t(DeviceNodeBufferData::KindBuffer));
     QCOMPARE(buffer->writeSlot, 0);
     QCOMPARE(buffer->readSlot(), 1);
-    QCOMPARE(buffer->frameCount, 0);
+    QCOMPARE(buffer->frameCount.load(), 0);
     QVERIFY(!buffer->noData);
     for (int slot = 0; slot < 2; ++slot) {
         QVERIFY(buffer->sizeChanged[slot]);
@@ -203,12 +223,13 @@ void TstCamera::newBufferState()
         QCOMPARE(image.textureWidth, 512u);
         QCOMPARE(image.textureHeight, 256u);
         QCOMPARE(image.byteSize, 524288);
-        QVERIFY(!image.uploaded && !image.textureAllocated);
+        QVERIFY(image.generation != 0); // a view has never uploaded these pixels
         for (int i = 0; i < image.byteSize; i += 4099)
             QCOMPARE(int(image.pixels[i]), 128);
         QCOMPARE(int(image.pixels[image.byteSize - 1]), 128);
     }
     QVERIFY(buffer->image[0].pixels != buffer->image[1].pixels);
+    QVERIFY(buffer->image[0].generation != buffer->image[1].generation);
     buffer->release();
 }
 
@@ -218,24 +239,26 @@ void TstCamera::capacitiesAndNames()
         uint32_t type;
         const char* name;
         uint32_t capacity;
+        const char* enableProperty;
     } expected[] = {
-        {BufferData::Color, "Color", 3686400},
-        {BufferData::Phase, "Phase", 614400},
-        {BufferData::Confidence, "Confidence", 614400},
-        {BufferData::Depth, "Depth", 1843200},
-        {BufferData::DepthFloatingPoint, "Depth Floating Point", 3686400},
-        {BufferData::Vertices, "Vertices", 1843200},
-        {BufferData::VerticesFloatingPoint, "Vertices Floating Point", 3686400},
-        {BufferData::UV, "UV", 2457600},
-        {BufferData::StandardDeviation, "Standard Deviation", 1228800},
-        {BufferData::Combined, "Combined", 614400},
-        {BufferData::Audio, "Audio", 192000},
-        {11, "Unknown", 0},
-        {0xFFFFFFFF, "Unknown", 0},
+        {BufferData::Color, "Color", 3686400, "enableColorMap"},
+        {BufferData::Phase, "Phase", 614400, "enablePhaseMap"},
+        {BufferData::Confidence, "Confidence", 614400, "enableConfidenceMap"},
+        {BufferData::Depth, "Depth", 1843200, "enableDepthMap"},
+        {BufferData::DepthFloatingPoint, "Depth Floating Point", 3686400, "enableDepthMapFloatingPoint"},
+        {BufferData::Vertices, "Vertices", 1843200, "enableVertices"},
+        {BufferData::VerticesFloatingPoint, "Vertices Floating Point", 3686400, "enableVerticesFloatingPoint"},
+        {BufferData::UV, "UV", 2457600, "enableUvMap"},
+        {BufferData::StandardDeviation, "Standard Deviation", 1228800, "enableDepthMapFloatingPoint"},
+        {BufferData::Combined, "Combined", 614400, "enablePhaseMap"},
+        {BufferData::Audio, "Audio", 192000, ""},
+        {11, "Unknown", 0, ""},
+        {0xFFFFFFFF, "Unknown", 0, ""},
     };
     for (const auto& e : expected) {
         QCOMPARE(BufferData::typeName(e.type), QString::fromLatin1(e.name));
         QCOMPARE(BufferData::capacity(e.type), e.capacity);
+        QCOMPARE(BufferData::enableProperty(e.type), QString::fromLatin1(e.enableProperty));
     }
     auto* unknown = new BufferData(nullptr, 11);
     QCOMPARE(unknown->typeName(), QStringLiteral("Unknown"));
@@ -270,17 +293,17 @@ void TstCamera::dataBlocksAreAlignedAndWritable()
 void TstCamera::imageResizing()
 {
     DisplayImage image;
-    image.textureAllocated = true;
+    uint64_t generation = image.generation;
     image.resize(640, 480);
     QCOMPARE(image.width, 640u);
     QCOMPARE(image.height, 480u);
     QCOMPARE(image.textureWidth, 1024u);
     QCOMPARE(image.textureHeight, 512u);
     QCOMPARE(image.byteSize, 2097152);
-    QVERIFY(!image.textureAllocated);
+    QVERIFY(image.generation != generation); // a new block holds other pixels
 
-    // Same byte size: the block stays.
-    image.textureAllocated = true;
+    // Same byte size: the block stays, and so do its pixels.
+    generation = image.generation;
     uint8_t* block = image.pixels;
     image.resize(640, 480);
     QCOMPARE(image.pixels, block);
@@ -288,13 +311,12 @@ void TstCamera::imageResizing()
     QCOMPARE(image.textureWidth, 1024u);
     QCOMPARE(image.textureHeight, 512u);
     QCOMPARE(image.pixels, block);
-    QVERIFY(image.textureAllocated);
-    // Swapped texture dimensions keep the byte size but need a new texture.
+    // Swapped texture dimensions keep the byte size (a view sees the new texture size itself).
     image.resize(300, 600);
     QCOMPARE(image.textureWidth, 512u);
     QCOMPARE(image.textureHeight, 1024u);
     QCOMPARE(image.pixels, block);
-    QVERIFY(!image.textureAllocated);
+    QCOMPARE(image.generation, generation);
 
     image.resize(1280, 720);
     QCOMPARE(image.textureWidth, 2048u);
@@ -313,32 +335,33 @@ void TstCamera::imageResizing()
 
 void TstCamera::imageFilling()
 {
+    // Every write gives the image a generation that no image has had before.
     DisplayImage image;
     image.resize(4, 2);
-    image.uploaded = true;
+    std::set<uint64_t> generations{image.generation};
+    auto renewed = [&generations](const DisplayImage& i) { return generations.insert(i.generation).second; };
     const uint8_t bgr[24] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24};
     image.fillFromBgr(bgr);
-    QVERIFY(!image.uploaded);
+    QVERIFY(renewed(image));
     QCOMPARE(std::memcmp(image.pixels, bgr, sizeof bgr), 0);
     QCOMPARE(int(image.pixels[24]), 128); // nothing beyond width x height x 3
 
     // Mid-grey YUY2 (Y 126, U = V = 128) turns into grey B = G = R.
     const uint8_t yuy2[16] = {126, 128, 126, 128, 126, 128, 126, 128, 126, 128, 126, 128, 126, 128, 126, 128};
-    image.uploaded = true;
     image.fillFromYuy2(yuy2);
-    QVERIFY(!image.uploaded);
+    QVERIFY(renewed(image));
     for (int i = 0; i < 24; ++i)
         QCOMPARE(int(image.pixels[i]), (298 * (126 - 16) + 128) >> 8);
 
     DisplayImage other;
     other.resize(640, 480);
     other.pixels[100] = 7;
-    image.uploaded = true;
+    QVERIFY(renewed(other));
     image.copyFrom(other);
     QCOMPARE(image.width, 640u);
     QCOMPARE(image.byteSize, other.byteSize);
     QCOMPARE(int(image.pixels[100]), 7);
-    QVERIFY(!image.uploaded);
+    QVERIFY(renewed(image)); // a copy is a change of its own, not the other image's generation
 }
 
 int main(int argc, char** argv)

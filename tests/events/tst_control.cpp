@@ -1,4 +1,5 @@
-// Registration, control and typed properties, with the messages their failures give.
+// Registration, control and typed properties, with the messages their failures give and what the
+// manager tells the window about them (a listener of the test's own stands in for the window).
 
 #include "EventsFixture.h"
 
@@ -16,7 +17,7 @@ private slots:
 
     void registeringANodeAndItsFailure()
     {
-        ViewerTest::MessageBoxRecorder boxes;
+        const QStringList& warnings = fixture.listener.warnings;
         NodeData* node = fixture.depth;
         fixture.manager->registerNode(node, true);
         QVERIFY(node->registered);
@@ -24,16 +25,21 @@ private slots:
         FaultInjector::inject("Context::unregisterNode", FaultInjector::Kind::Exception, "camera busy", 1);
         fixture.manager->registerNode(node, false);
         QVERIFY(node->registered); // unchanged by the failure
-        QCOMPARE(boxes.texts, QStringList{"Could not unregister node : camera busy"});
-        QCOMPARE(boxes.titles, QStringList{"Warning"});
+        QCOMPARE(warnings, QStringList{"Could not unregister node : camera busy"});
 
         fixture.manager->registerNode(node, false);
         QVERIFY(!node->registered);
+        // The window hears of every attempt, failed or not, so that its marks follow the flag.
+        QCOMPARE(fixture.listener.registrations, (std::vector<DeviceNodeBufferData*>{node, node, node}));
+
+        fixture.manager->registerDevice(fixture.deviceRecord, true);
+        QVERIFY(fixture.deviceRecord->registered);
+        QCOMPARE(fixture.listener.registrations.back(), fixture.deviceRecord);
     }
 
     void controllingADeviceAndItsFailures()
     {
-        ViewerTest::MessageBoxRecorder boxes;
+        const QStringList& warnings = fixture.listener.warnings;
         ViewerTest::LogRecorder log;
         DeviceData* device = fixture.deviceRecord;
 
@@ -41,7 +47,7 @@ private slots:
         Zerlane::Sim::Control::setControlledByAnotherClient(device->device.getSerialNumber(), true);
         fixture.manager->controlDevice(device, true);
         QVERIFY(!device->controlled);
-        QCOMPARE(boxes.texts, QStringList{"Another application has already\nclaimed control over this device."});
+        QCOMPARE(warnings, QStringList{"Another application has already\nclaimed control over this device."});
         Zerlane::Sim::Control::setControlledByAnotherClient(device->device.getSerialNumber(), false);
 
         // Granted: every node of the device follows.
@@ -62,17 +68,19 @@ private slots:
         fixture.manager->controlDevice(device, false);
         QVERIFY(device->controlled);
         QVERIFY(log.contains("Could not release control: link down"));
-        QCOMPARE(boxes.texts.size(), 1);
+        QCOMPARE(warnings.size(), 1);
 
         fixture.manager->controlDevice(device, false);
         QVERIFY(!device->controlled);
         for (NodeData* node : device->nodes)
             QVERIFY(!node->controlled);
+        QCOMPARE(fixture.listener.controls.size(), size_t(5));
+        QCOMPARE(fixture.listener.controls.front(), device);
     }
 
     void typedPropertiesAndTheirRefusals()
     {
-        ViewerTest::MessageBoxRecorder boxes;
+        const QStringList& warnings = fixture.listener.warnings;
         ViewerTest::LogRecorder log;
         NodeData* node = fixture.depth;
 
@@ -81,15 +89,16 @@ private slots:
         node->dataReceived = true;
         QVERIFY(fixture.manager->setProperty<bool>(node, "enableDepthMap", before));
         QVERIFY(!node->dataReceived);
+        QCOMPARE(fixture.listener.propertiesSet, std::vector<DeviceNodeBufferData*>{node});
 
         // Writing a camera property needs control: refused, reported, and the value stays.
         const int32_t threshold = fixture.manager->getProperty<int32_t>(node, "confidenceThreshold");
         node->dataReceived = true;
         QVERIFY(!fixture.manager->setProperty<int32_t>(node, "confidenceThreshold", threshold + 1));
         QVERIFY(node->dataReceived);
-        QCOMPARE(boxes.texts.size(), 1);
-        QVERIFY2(boxes.texts.first().startsWith("Could not set property confidenceThreshold: "),
-                 qPrintable(boxes.texts.first()));
+        QCOMPARE(warnings.size(), 1);
+        QVERIFY2(warnings.first().startsWith("Could not set property confidenceThreshold: "), qPrintable(warnings.first()));
+        QCOMPARE(fixture.listener.propertiesSet.size(), size_t(1));
         QCOMPARE(fixture.manager->getProperty<int32_t>(node, "confidenceThreshold"), threshold);
 
         fixture.manager->controlNode(node, true);

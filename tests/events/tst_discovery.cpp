@@ -2,7 +2,7 @@
 
 #include "EventsFixture.h"
 
-#include "app/StartupOptions.h"
+#include "app/shared/StartupOptions.h"
 #include "camera/DepthNodeData.h"
 
 #include <QtTest>
@@ -38,7 +38,7 @@ private slots:
         auto* depth = static_cast<DepthNodeData*>(fixture.depth);
         QVERIFY(!depth->configurations->empty());
         QCOMPARE(*depth->currentConfiguration, Zerlane::DepthNode(depth->node).getConfiguration());
-        QCOMPARE(depth->range, Zerlane::DepthNode(depth->node).getRange());
+        QCOMPARE(depth->range(), Zerlane::DepthNode(depth->node).getRange());
     }
 
     void disabledKindsAreLoggedAndLeftOut_data()
@@ -59,7 +59,7 @@ private slots:
         ViewerTest::LogRecorder log;
         CameraManager* manager = CameraManager::instance();
         const Zerlane::Device device = manager->context().getDevices().front();
-        manager->addDevice(device);
+        manager->appendDevice(manager->addDevice(device));
         int mirrored = 0;
         for (const Zerlane::Node& node : device.getNodes()) {
             NodeData* record = manager->addNode(device, node);
@@ -86,7 +86,7 @@ private slots:
         QVERIFY(log.contains("No corresponding device found"));
 
         // An unsupported node.
-        manager->addDevice(device);
+        manager->appendDevice(manager->addDevice(device));
         Zerlane::Sim::Control::addNode(device.getSerialNumber(), Zerlane::NodeKind::Unsupported);
         Zerlane::Node unsupported;
         for (const Zerlane::Node& node : device.getNodes()) {

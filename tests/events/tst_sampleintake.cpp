@@ -37,27 +37,27 @@ private slots:
         EventsFixture::enable(depth, "enableDepthMapFloatingPoint");
         EventsFixture::enable(depth, "enableVerticesFloatingPoint");
         fixture.manager->registerNode(depth, true);
-        fixture.manager->addDisplayedBuffer(fixture.buffer(depth, BufferData::Depth));
+        fixture.manager->addDisplayedBuffer(depth->buffer(BufferData::Depth));
         fixture.manager->startNodes();
 
         Zerlane::Sim::Control::step(1);
         QVERIFY(ViewerTest::waitFor([this] { return frames.size() >= 8; }));
         QCOMPARE(frames.size(), size_t(8)); // one newFrame per buffer, filled or not
 
-        BufferData* map = fixture.buffer(depth, BufferData::Depth);
-        BufferData* phase = fixture.buffer(depth, BufferData::Phase);
-        BufferData* deviation = fixture.buffer(depth, BufferData::StandardDeviation);
+        BufferData* map = depth->buffer(BufferData::Depth);
+        BufferData* phase = depth->buffer(BufferData::Phase);
+        BufferData* deviation = depth->buffer(BufferData::StandardDeviation);
         for (BufferData* b : depth->buffers)
             QCOMPARE(b->writeSlot, 1);
         QCOMPARE(map->readSlot(), 0);
         QVERIFY(!map->noData);
-        QCOMPARE(map->frameCount, 1);
+        QCOMPARE(map->frameCount.load(), 1);
         QCOMPARE(map->width[1], 640u);
         QCOMPARE(map->height[1], 480u);
         QCOMPARE(map->image[1].width, 640u);
-        QVERIFY(!map->image[1].uploaded);
+        QVERIFY(map->image[1].generation > map->image[0].generation); // written last
         QVERIFY(phase->noData); // switched off: no data, but the slot still moved and was stamped
-        QCOMPARE(phase->frameCount, 0);
+        QCOMPARE(phase->frameCount.load(), 0);
         QCOMPARE(phase->timeOfCapture[1], map->timeOfCapture[1]);
         QVERIFY(deviation->noData); // no region of interest
 
@@ -70,8 +70,8 @@ private slots:
         // The depth image is the palette colour of each depth value by the depth rule.
         const auto* values = reinterpret_cast<const int16_t*>(map->data[1]);
         const auto* pixels = reinterpret_cast<const quint32*>(map->image[1].pixels);
-        const DepthPalette& palette = fixture.manager->palette();
-        const float range = static_cast<DepthNodeData*>(depth)->range;
+        const DepthPalette& palette = *fixture.manager->palette();
+        const float range = static_cast<DepthNodeData*>(depth)->range();
         const int factor = int(8388.352 / range);
         int checked = 0;
         for (int i = 0; i < 640 * 480; i += 997) {
@@ -94,7 +94,7 @@ private slots:
         QVERIFY(ViewerTest::waitFor([this] { return frames.size() >= 8; }));
         QCOMPARE(map->writeSlot, 0);
         QCOMPARE(map->readSlot(), 1);
-        QCOMPARE(map->frameCount, 2);
+        QCOMPARE(map->frameCount.load(), 2);
         QVERIFY(map->timeOfCapture[0] > map->timeOfCapture[1]);
         QCOMPARE(fixture.manager->referenceTime(), std::min(capture, arrival));
         QVERIFY(depth->dataReceived);
@@ -105,7 +105,7 @@ private slots:
         NodeData* depth = fixture.depth;
         EventsFixture::enable(depth, "enableDepthMap");
         fixture.manager->registerNode(depth, true);
-        fixture.manager->addDisplayedBuffer(fixture.buffer(depth, BufferData::Depth));
+        fixture.manager->addDisplayedBuffer(depth->buffer(BufferData::Depth));
         fixture.manager->startNodes();
         fixture.manager->setStreamingState(CameraManager::Frozen);
 
@@ -114,7 +114,7 @@ private slots:
         QVERIFY(ViewerTest::waitFor([depth] { return depth->sampleCount == 3; }));
         QTest::qWait(100);
         QVERIFY(frames.empty());
-        QCOMPARE(fixture.buffer(depth, BufferData::Depth)->frameCount, 0);
+        QCOMPARE(depth->buffer(BufferData::Depth)->frameCount.load(), 0);
         QVERIFY(!depth->dataReceived);
     }
 
@@ -123,14 +123,14 @@ private slots:
         NodeData* depth = fixture.depth;
         EventsFixture::enable(depth, "enableDepthMap");
         fixture.manager->registerNode(depth, true);
-        BufferData* map = fixture.buffer(depth, BufferData::Depth);
+        BufferData* map = depth->buffer(BufferData::Depth);
         fixture.manager->addDisplayedBuffer(map);
         fixture.manager->removeDisplayedBuffer(map); // the last view closed
         fixture.manager->startNodes();
         Zerlane::Sim::Control::step(2);
         QTest::qWait(200);
         QVERIFY(frames.empty());
-        QCOMPARE(depth->sampleCount, 0);
+        QCOMPARE(depth->sampleCount.load(), 0);
     }
 
     void colourAndAudioSamples()
@@ -149,7 +149,7 @@ private slots:
         BufferData* image = color->buffers[0];
         QCOMPARE(image->writeSlot, 1);
         QVERIFY(!image->noData);
-        QCOMPARE(image->frameCount, 1);
+        QCOMPARE(image->frameCount.load(), 1);
         QCOMPARE(image->image[1].width, image->width[1]);
         // A colour picture of the scene is not one flat colour.
         std::set<int> values;
@@ -158,7 +158,7 @@ private slots:
         QVERIFY(values.size() > 10);
 
         BufferData* sound = audio->buffers[0];
-        QCOMPARE(sound->frameCount, 1);
+        QCOMPARE(sound->frameCount.load(), 1);
         QCOMPARE(sound->image[1].width, 1280u);
         QCOMPARE(sound->image[1].height, 256u);
         QVERIFY(sound->audioMarker[1] > 0); // 1/20 s of sound covers 64 of the 1280 columns

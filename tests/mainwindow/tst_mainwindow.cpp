@@ -29,7 +29,7 @@ private slots:
         ViewerTest::useSteppedSimulator();
         window = ViewerMain::startProgram(qApp);
         events = ZerlaneThread::instance();
-        model = window->treeModel();
+        model = qobject_cast<DeviceTreeModel*>(window->findChild<DeviceTreeView*>("treeView")->model());
         QVERIFY(ViewerTest::waitFor([this] { return model->rowCount() == 1 && model->rowCount(model->index(0, 0)) == 3; }));
     }
 
@@ -45,8 +45,8 @@ private slots:
         QCOMPARE(model->rowCount(model->index(0, 0, device)), 8);
         QCOMPARE(model->rowCount(model->index(1, 0, device)), 1);
         QCOMPARE(model->rowCount(model->index(2, 0, device)), 1);
-        QVERIFY(!window->actionRegisterNode()->isVisible());
-        QVERIFY(!window->actionControlDevice()->isVisible());
+        QVERIFY(!action("actionRegisterNode")->isVisible());
+        QVERIFY(!action("actionControlDevice")->isVisible());
         QCOMPARE(window->streamingStatusText(), QString("Stopped"));
     }
 
@@ -55,25 +55,25 @@ private slots:
         DeviceTreeView* view = window->findChild<DeviceTreeView*>("treeView");
         const QModelIndex depth = model->index(0, 0, model->index(0, 0));
         view->setCurrentIndex(depth);
-        QVERIFY(window->actionRegisterNode()->isVisible());
-        QVERIFY(window->actionControlNode()->isVisible());
-        QVERIFY(window->actionControlDevice()->isVisible());
-        QVERIFY(!window->actionRegisterNode()->isChecked());
+        QVERIFY(action("actionRegisterNode")->isVisible());
+        QVERIFY(action("actionControlNode")->isVisible());
+        QVERIFY(action("actionControlDevice")->isVisible());
+        QVERIFY(!action("actionRegisterNode")->isChecked());
         auto* node = static_cast<NodeData*>(DeviceTreeModel::recordOf(depth));
-        QCOMPARE(events->currentNode(), node);
+        QCOMPARE(window->currentNode(), node);
         auto* info = window->findChild<InfoWidget*>("widgetInfo");
         QVERIFY(qobject_cast<QLabel*>(info->content())->text().contains("Depth Node"));
 
         // A buffer selects its node; a device selects no node.
         view->setCurrentIndex(model->index(3, 0, depth));
-        QCOMPARE(events->currentNode(), node);
+        QCOMPARE(window->currentNode(), node);
         view->setCurrentIndex(model->index(0, 0));
-        QCOMPARE(events->currentNode(), static_cast<NodeData*>(nullptr));
-        QVERIFY(!window->actionRegisterNode()->isVisible());
-        QVERIFY(window->actionControlDevice()->isVisible());
+        QCOMPARE(window->currentNode(), static_cast<NodeData*>(nullptr));
+        QVERIFY(!action("actionRegisterNode")->isVisible());
+        QVERIFY(action("actionControlDevice")->isVisible());
 
         view->clearSelection();
-        QVERIFY(!window->actionControlDevice()->isVisible());
+        QVERIFY(!action("actionControlDevice")->isVisible());
         QVERIFY(qobject_cast<QLabel*>(info->content())->text().contains("No device or node selected"));
     }
 
@@ -84,15 +84,15 @@ private slots:
         view->setCurrentIndex(depth);
         auto* node = static_cast<NodeData*>(DeviceTreeModel::recordOf(depth));
 
-        window->actionRegisterNode()->trigger();
+        action("actionRegisterNode")->trigger();
         QVERIFY(node->registered);
-        QVERIFY(window->actionRegisterNode()->isChecked());
+        QVERIFY(action("actionRegisterNode")->isChecked());
         QCOMPARE(model->data(depth, Qt::FontRole).value<QFont>().weight(), QFont::Bold);
         QVERIFY(model->data(depth, Qt::FontRole).value<QFont>().italic());
 
-        window->actionControlNode()->trigger();
+        action("actionControlNode")->trigger();
         QVERIFY(node->controlled);
-        QVERIFY(window->actionControlNode()->isChecked());
+        QVERIFY(action("actionControlNode")->isChecked());
         QVERIFY(!model->data(depth, Qt::FontRole).value<QFont>().italic());
     }
 
@@ -131,7 +131,7 @@ private slots:
         QVERIFY(ViewerTest::waitFor([this] { return model->rowCount() == 1; }));
         QVERIFY(model->data(model->index(0, 0)).toString().contains("ZS0900"));
         QCOMPARE(CameraManager::instance()->nodes().size(), size_t(3));
-        QCOMPARE(events->currentNode(), static_cast<NodeData*>(nullptr));
+        QCOMPARE(window->currentNode(), static_cast<NodeData*>(nullptr));
     }
 
     void losingTheServiceShowsOneErrorAndQuits()
@@ -148,6 +148,8 @@ private slots:
     }
 
 private:
+    QAction* action(const char* name) const { return window->findChild<QAction*>(name); }
+
     ZerlaneThread* events = nullptr;
     ZerlaneViewer* window = nullptr;
     DeviceTreeModel* model = nullptr;

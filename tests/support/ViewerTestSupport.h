@@ -3,7 +3,7 @@
 // Helpers shared by the viewer's test suites: isolated settings, the simulated camera in a standalone
 // context, waiting on the event loop, and recording message boxes and log lines.
 
-#include "app/StartupOptions.h"
+#include "app/shared/StartupOptions.h"
 #include "support/LogRecorder.h"
 
 #include "Zerlane/Zerlane.h"

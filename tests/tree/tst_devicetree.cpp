@@ -1,12 +1,18 @@
-// The device tree model over the camera manager's records.
+// The device tree model over the camera manager's records, and the tree view over it: what a selection
+// reports and what the context menu offers, with no window around them.
 
 #include "../events/EventsFixture.h"
 
+#include "camera/DeviceNodeBufferData.h"
 #include "tree/DeviceTreeModel.h"
+#include "tree/DeviceTreeView.h"
 
 #include <QAbstractItemModelTester>
+#include <QAction>
 #include <QDataStream>
+#include <QMenu>
 #include <QMimeData>
+#include <QTimer>
 #include <QtTest>
 
 class TestDeviceTree : public QObject {
@@ -20,12 +26,17 @@ private slots:
         ViewerTest::useSteppedSimulator();
         model = new DeviceTreeModel(CameraManager::instance());
         tester = new QAbstractItemModelTester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        CameraManager::instance()->setTreeModel(model);
+        // Rows are listed through the model, as the window lists them.
+        fixture.listDevice = [this](DeviceData* record) {
+            QVERIFY(model->insertItem(fixture.manager->deviceCount(), record, QModelIndex()));
+        };
+        fixture.listNode = [this](NodeData* record) {
+            QVERIFY(model->insertItem(record->position, record, model->indexOf(record->device)));
+        };
     }
 
     void cleanup()
     {
-        CameraManager::instance()->setTreeModel(nullptr);
         delete tester;
         delete model;
         fixture.stop();
@@ -134,23 +145,79 @@ private slots:
                 second = d;
         }
         QVERIFY(second.isSet());
-        DeviceData* secondRecord = fixture.manager->addDevice(second);
-        for (const Zerlane::Node& node : second.getNodes())
-            fixture.manager->addNode(second, node);
+        DeviceData* secondRecord = fixture.addCamera(fixture.manager, second);
         QCOMPARE(model->rowCount(), 2);
 
-        fixture.manager->removeDevice(device);
+        QVERIFY(model->removeItem(device->position, QModelIndex()));
         fixture.deviceRecord = nullptr;
         fixture.depth = fixture.color = fixture.audio = nullptr;
         QCOMPARE(model->rowCount(), 1);
         QCOMPARE(model->index(0, 0).internalPointer(), static_cast<void*>(secondRecord));
         QCOMPARE(model->parent(model->index(0, 0, model->index(0, 0))).row(), 0);
 
+        QCOMPARE(fixture.manager->nodes().size(), size_t(3)); // the first camera's nodes went with it
+
         // A node leaves its device.
-        fixture.manager->removeNode(secondRecord->nodes[1]);
+        QVERIFY(model->removeItem(1, model->index(0, 0)));
         QCOMPARE(model->rowCount(model->index(0, 0)), 2);
         QCOMPARE(model->data(model->index(1, 0, model->index(0, 0))).toString(), QString("Audio Node"));
         QCOMPARE(model->parent(model->index(0, 0, model->index(1, 0, model->index(0, 0)))).row(), 1);
+    }
+
+    void theViewReportsTheSelectedRecord()
+    {
+        fixture.buildRecords();
+        DeviceTreeView view;
+        view.setModel(model);
+        QSignalSpy selections(&view, &DeviceTreeView::selectedRecordChanged);
+        auto reported = [&] { return selections.takeLast().first().value<DeviceNodeBufferData*>(); };
+
+        const QModelIndex depth = model->indexOf(fixture.depth);
+        view.setCurrentIndex(depth);
+        QCOMPARE(reported(), static_cast<DeviceNodeBufferData*>(fixture.depth));
+        QCOMPARE(view.selectedRecord(), static_cast<DeviceNodeBufferData*>(fixture.depth));
+        // A buffer is reported as itself: what it stands for is the receiver's business.
+        view.setCurrentIndex(model->index(3, 0, depth));
+        QCOMPARE(reported(), static_cast<DeviceNodeBufferData*>(fixture.depth->buffers[3]));
+        view.setCurrentIndex(model->index(0, 0));
+        QCOMPARE(reported(), static_cast<DeviceNodeBufferData*>(fixture.deviceRecord));
+        view.clearSelection();
+        QCOMPARE(reported(), static_cast<DeviceNodeBufferData*>(nullptr));
+        QCOMPARE(view.selectedRecord(), static_cast<DeviceNodeBufferData*>(nullptr));
+        QVERIFY(selections.isEmpty());
+    }
+
+    void theContextMenuOffersTheNodeActionsOnNodesOnly()
+    {
+        fixture.buildRecords();
+        DeviceTreeView view;
+        view.setModel(model);
+        QAction registerNode("&Register node"), controlNode("&Control node");
+        view.setNodeActions({&registerNode, &controlNode});
+        view.resize(300, 400);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+
+        // Answers the menu that opens (if one does) with the texts of its actions.
+        auto menuOn = [&](const QModelIndex& index) {
+            view.setCurrentIndex(index);
+            QStringList texts;
+            QTimer::singleShot(50, [&texts] {
+                if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+                    for (QAction* action : menu->actions())
+                        texts << action->text();
+                    menu->close();
+                }
+            });
+            QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(10, 10), view.viewport()->mapToGlobal(QPoint(10, 10)));
+            QCoreApplication::sendEvent(view.viewport(), &event);
+            QTest::qWait(100);
+            return texts;
+        };
+        const QModelIndex depth = model->indexOf(fixture.depth);
+        QCOMPARE(menuOn(depth), (QStringList{"&Register node", "&Control node"}));
+        QCOMPARE(menuOn(model->index(0, 0)), QStringList());          // a device
+        QCOMPARE(menuOn(model->index(2, 0, depth)), QStringList());   // a buffer
     }
 
 private:

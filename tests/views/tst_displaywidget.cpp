@@ -1,13 +1,16 @@
 // The OpenGL view of one buffer: pixel mapping, camera arithmetic, the triangle table, the mouse
 // camera, and real paints under Xvfb (Mesa) checked on the grabbed framebuffer, with samples from the
-// stepped simulated camera and with buffers filled by hand.
+// stepped simulated camera (through the camera manager's view context) and with buffers filled by
+// hand (through a view context of the test's own, with no camera manager behind it).
 
 #include "events/EventsFixture.h"
 
 #include "camera/DeviceData.h"
 #include "views/AxisMesh.h"
+#include "views/CameraViewContext.h"
 #include "views/DisplayWidget.h"
 #include "views/TriangleTable.h"
+#include "views/ViewCamera.h"
 #include "worker/Settings.h"
 
 #include <QOpenGLContext>
@@ -19,6 +22,31 @@
 #include <set>
 
 namespace {
+
+// The program as the views see it, set by the test.
+class TestViewContext : public ViewContext {
+public:
+    bool streamingStopped() const override { return stopped; }
+    qint64 relativeTime(quint64 time) const override { return qint64(time - referenceTime); }
+    void lockBuffers() override
+    {
+        buffersLock.lock();
+        ++buffersLocked;
+    }
+    void unlockBuffers() override { buffersLock.unlock(); }
+    DisplayPreferences preferences() const override
+    {
+        ++preferenceReads;
+        return values;
+    }
+
+    bool stopped = false;
+    quint64 referenceTime = 0;
+    DisplayPreferences values;
+    QMutex buffersLock;
+    int buffersLocked = 0;
+    mutable int preferenceReads = 0;
+};
 
 // A device with a depth node (floating-point vertices and UV) and a colour node, none of them known to
 // the camera service, so that nothing but the test writes into their buffers.
@@ -57,7 +85,7 @@ void completeSlot(BufferData* buffer, int slot, uint32_t w, uint32_t h)
     buffer->width[slot] = w;
     buffer->height[slot] = h;
     buffer->image[slot].resize(w, h);
-    buffer->image[slot].uploaded = false;
+    buffer->image[slot].markChanged();
     ++buffer->frameCount;
 }
 
@@ -130,6 +158,8 @@ private slots:
     {
         Settings::store().clear();
         fixture.manager->setStreamingState(CameraManager::Streaming);
+        own.stopped = false;
+        own.values = DisplayPreferences();
     }
 
     void widgetAndImagePixels()
@@ -173,35 +203,35 @@ private slots:
     {
         float ex, ey, ez;
         // The front preset puts the eye at the origin, looking at the target half a metre ahead.
-        DisplayWidget::eyeFromCamera(0.f, 0.f, 0.5f, 0.5f, 0.f, 0.f, &ex, &ey, &ez);
+        ViewCamera::eyeFromCamera(0.f, 0.f, 0.5f, 0.5f, 0.f, 0.f, &ex, &ey, &ez);
         QVERIFY(std::fabs(ex) < 1e-6f && std::fabs(ey) < 1e-6f && std::fabs(ez) < 1e-6f);
-        DisplayWidget::eyeFromCamera(1.f, 2.f, 3.f, 2.f, 90.f, 0.f, &ex, &ey, &ez);
+        ViewCamera::eyeFromCamera(1.f, 2.f, 3.f, 2.f, 90.f, 0.f, &ex, &ey, &ez);
         QVERIFY(std::fabs(ex - 3.f) < 1e-5f && std::fabs(ey - 2.f) < 1e-5f && std::fabs(ez - 3.f) < 1e-5f);
-        DisplayWidget::eyeFromCamera(0.f, 0.f, 0.f, 1.f, 0.f, 90.f, &ex, &ey, &ez); // looking straight down
+        ViewCamera::eyeFromCamera(0.f, 0.f, 0.f, 1.f, 0.f, 90.f, &ex, &ey, &ez); // looking straight down
         QVERIFY(std::fabs(ey + 1.f) < 1e-5f);
 
         for (float tilt = -80.f; tilt <= 80.f; tilt += 20.f) {
             for (float pan = 5.f; pan < 360.f; pan += 25.f) {
-                DisplayWidget::eyeFromCamera(0.1f, -0.2f, 0.7f, 1.5f, pan, tilt, &ex, &ey, &ez);
+                ViewCamera::eyeFromCamera(0.1f, -0.2f, 0.7f, 1.5f, pan, tilt, &ex, &ey, &ez);
                 float distance, backPan, backTilt;
-                DisplayWidget::cameraFromEye(0.1f, -0.2f, 0.7f, ex, ey, ez, &distance, &backPan, &backTilt);
+                ViewCamera::cameraFromEye(0.1f, -0.2f, 0.7f, ex, ey, ez, &distance, &backPan, &backTilt);
                 const QString where = QStringLiteral("pan %1 tilt %2 -> %3 %4").arg(pan).arg(tilt).arg(backPan).arg(backTilt);
                 QVERIFY2(std::fabs(distance - 1.5f) < 1e-4f, qPrintable(where));
                 // acos in single precision is coarse next to pan 0 and 180; the eye itself comes back.
                 QVERIFY2(std::fabs(backPan - pan) < 0.1f, qPrintable(where));
                 QVERIFY2(std::fabs(backTilt - tilt) < 0.02f, qPrintable(where));
                 float bx, by, bz;
-                DisplayWidget::eyeFromCamera(0.1f, -0.2f, 0.7f, distance, backPan, backTilt, &bx, &by, &bz);
+                ViewCamera::eyeFromCamera(0.1f, -0.2f, 0.7f, distance, backPan, backTilt, &bx, &by, &bz);
                 QVERIFY2(std::fabs(bx - ex) < 1e-3f && std::fabs(by - ey) < 1e-3f && std::fabs(bz - ez) < 1e-3f,
                          qPrintable(where));
             }
         }
         // Straight above the target the pan is undefined and taken as 0; an eye on the target gives no NaN.
         float distance, pan, tilt;
-        DisplayWidget::cameraFromEye(0.f, 0.f, 0.f, 0.f, -1.f, 0.f, &distance, &pan, &tilt);
+        ViewCamera::cameraFromEye(0.f, 0.f, 0.f, 0.f, -1.f, 0.f, &distance, &pan, &tilt);
         QCOMPARE(pan, 0.f);
         QVERIFY(std::fabs(tilt - 90.f) < 1e-3f);
-        DisplayWidget::cameraFromEye(1.f, 1.f, 1.f, 1.f, 1.f, 1.f, &distance, &pan, &tilt);
+        ViewCamera::cameraFromEye(1.f, 1.f, 1.f, 1.f, 1.f, 1.f, &distance, &pan, &tilt);
         QVERIFY(!std::isnan(pan) && !std::isnan(tilt));
     }
 
@@ -212,7 +242,7 @@ private slots:
                             t210 = {20, 36, 48, 52};
         for (int mask = 0; mask < 64; ++mask) {
             int out[2][3] = {};
-            const int n = DisplayWidget::triangles(mask, out);
+            const int n = TriangleTable::triangles(mask, out);
             const auto is = [&](int t, int a, int b, int c) { return out[t][0] == a && out[t][1] == b && out[t][2] == c; };
             const QByteArray m = QByteArray::number(mask);
             if (none.count(mask)) {
@@ -230,8 +260,8 @@ private slots:
             }
         }
         int out[2][3];
-        QCOMPARE(DisplayWidget::triangles(64, out), 0);
-        QCOMPARE(DisplayWidget::triangles(-1, out), 0);
+        QCOMPARE(TriangleTable::triangles(64, out), 0);
+        QCOMPARE(TriangleTable::triangles(-1, out), 0);
     }
 
     // Lighting needs unit normals on the outer side of every solid; the triangles' winding must agree
@@ -293,6 +323,7 @@ private slots:
     {
         BufferData points(nullptr, BufferData::VerticesFloatingPoint);
         DisplayWidget w;
+        w.setContext(&own);
         w.setBuffer(&points);
         QVERIFY(w.is3D());
         QCOMPARE(w.unitScale(), 1.f);
@@ -354,13 +385,15 @@ private slots:
     void depthSamplesArePaintedThroughThePalette()
     {
         NodeData* depth = fixture.depth;
-        BufferData* map = fixture.buffer(depth, BufferData::Depth);
+        BufferData* map = depth->buffer(BufferData::Depth);
         EventsFixture::enable(depth, "enableDepthMap");
         fixture.manager->registerNode(depth, true);
         fixture.manager->addDisplayedBuffer(map);
         fixture.manager->startNodes();
 
+        CameraViewContext context(fixture.manager);
         DisplayWidget w;
+        w.setContext(&context);
         w.setBuffer(map);
         QVERIFY(!w.is3D());
         show(w, QSize(640, 480));
@@ -438,12 +471,27 @@ private slots:
         BufferData* image = records.image;
         completeSlot(image, 1, 4, 4);
         fillBgr(image, 1, 0xF0, 0x80, 0x10);
-        Settings::setRoiColor(0x0000FF);
+        own.values.roiColor = 0x0000FF;
 
         DisplayWidget w;
+        w.setContext(&own);
         w.setBuffer(image);
         show(w, QSize(320, 240));
         QVERIFY(isFilled(grab(w), 0xF0, 0x80, 0x10, 0)); // B, G, R bytes shown as a colour
+
+        // The view reaches the program only through its context: each paint reads under the buffers
+        // lock, takes the preferences once, and tells its display time against the context's reference.
+        QSignalSpy displayed(&w, &DisplayWidget::displayed);
+        const int paints = w.repaintCount(), reads = own.preferenceReads, locks = own.buffersLocked;
+        own.referenceTime = Zerlane::Utils::Clock::now();
+        grab(w);
+        const int painted = w.repaintCount() - paints;
+        QVERIFY(painted >= 1);
+        QCOMPARE(own.preferenceReads - reads, painted);
+        QCOMPARE(own.buffersLocked - locks, painted);
+        QVERIFY(!displayed.isEmpty());
+        const qint64 shownAt = displayed.last().first().toLongLong();
+        QVERIFY2(shownAt >= 0 && shownAt < 10000000, qPrintable(QString::number(shownAt)));
 
         // ROI of image pixels (0,0)..(1,1): filled at alpha 0.2, outlined at alpha 1.
         records.colour->roiX = 0;
@@ -487,6 +535,7 @@ private slots:
         HandMadeRecords records;
         BufferData deviation(records.depth, BufferData::StandardDeviation);
         DisplayWidget w;
+        w.setContext(&own);
         w.setBuffer(&deviation);
         show(w, QSize(320, 240));
         QVERIFY(isFilled(grab(w), 128, 128, 128, 1)); // no ROI selected
@@ -495,7 +544,9 @@ private slots:
         completeSlot(&deviation, 0, 8, 8);
         std::fill_n(reinterpret_cast<quint32*>(deviation.image[0].pixels), 64, 0xFF00FF00u);
         QVERIFY(isFilled(grab(w), 0, 255, 0, 0));
-        fixture.manager->setStreamingState(CameraManager::Frozen); // paused: the last picture stays
+        own.stopped = true;
+        QVERIFY(isFilled(grab(w), 128, 128, 128, 1)); // stopped: grey, whatever the slot holds
+        own.stopped = false;
         QVERIFY(isFilled(grab(w), 0, 255, 0, 0));
         w.setBuffer(nullptr);
         QVERIFY(isFilled(grab(w), 255, 0, 0));
@@ -512,6 +563,7 @@ private slots:
         records.depth->roiX = 0; // not drawn over audio
         records.depth->roiWidth = records.depth->roiHeight = 100;
         DisplayWidget w;
+        w.setContext(&own);
         w.setBuffer(&sound);
         show(w, QSize(320, 240));
         const QImage frame = grab(w);
@@ -527,11 +579,12 @@ private slots:
         fillBgr(records.image, 1, 0x20, 0xC0, 0x40);
         completeSlot(records.vertices, 1, 3, 3);
         completeSlot(records.uv, 1, 3, 3);
-        Settings::setDisplayAxis(false);
-        Settings::setDisplayTriangles(true);
-        Settings::setBackgroundColor(0x000080);
+        own.values.displayAxis = false;
+        own.values.displayTriangles = true;
+        own.values.backgroundColor = 0x000080;
 
         DisplayWidget w;
+        w.setContext(&own);
         w.setBuffer(records.uv);
         QVERIFY(w.is3D());
         w.loadCameraPreset(Settings::Front); // eye at the origin, looking along +z
@@ -585,7 +638,7 @@ private slots:
 
         // Texture coordinates off the colour image show the non-mapped colour.
         if (w.borderClamp()) {
-            Settings::setNonMappedUvPixelsColor(0xFF00FF);
+            own.values.nonMappedUvPixelsColor = 0xFF00FF;
             setGrid(flat);
             auto* uv = reinterpret_cast<float*>(records.uv->data[1]);
             for (int i = 0; i < 18; ++i)
@@ -596,8 +649,8 @@ private slots:
 
         // Points mode draws the nine points only.
         setGrid(flat);
-        Settings::setDisplayTriangles(false);
-        Settings::setDotSize(3);
+        own.values.displayTriangles = false;
+        own.values.dotSize = 3;
         frame = grab(w);
         QVERIFY(background(frame, {136, 96}));
         int lit = 0;
@@ -620,9 +673,10 @@ private slots:
             xyz[3 * i + 1] = 0.2f * float(i / 3 - 1);
             xyz[3 * i + 2] = i == 2 ? 0.f : 1.f;
         }
-        Settings::setDisplayTriangles(true);
-        Settings::setDisplayAxis(false); // the axes start at the eye here: they would be picked
+        own.values.displayTriangles = true;
+        own.values.displayAxis = false; // the axes start at the eye here: they would be picked
         DisplayWidget w;
+        w.setContext(&own);
         w.setBuffer(records.uv);
         w.loadCameraPreset(Settings::Front);
         show(w, QSize(320, 240));
@@ -639,20 +693,20 @@ private slots:
         // Shift-click picks the surface point under the pointer; the eye stays where it was.
         const Camera before = cameraOf(w);
         float ex, ey, ez;
-        DisplayWidget::eyeFromCamera(before.x, before.y, before.z, before.distance, before.pan, before.tilt, &ex, &ey, &ez);
+        ViewCamera::eyeFromCamera(before.x, before.y, before.z, before.distance, before.pan, before.tilt, &ex, &ey, &ez);
         sendMouse(&w, QEvent::MouseButtonPress, {140, 140}, Qt::LeftButton, Qt::LeftButton, Qt::ShiftModifier);
         const Camera after = cameraOf(w);
         QVERIFY2(std::fabs(after.z - 1.f) < 0.01f, qPrintable(QString::number(after.z)));
         QVERIFY(after.x < 0.f && after.y > 0.f); // left of and below the centre
         float ax, ay, az;
-        DisplayWidget::eyeFromCamera(after.x, after.y, after.z, after.distance, after.pan, after.tilt, &ax, &ay, &az);
+        ViewCamera::eyeFromCamera(after.x, after.y, after.z, after.distance, after.pan, after.tilt, &ax, &ay, &az);
         QVERIFY(std::fabs(ax - ex) < 1e-3f && std::fabs(ay - ey) < 1e-3f && std::fabs(az - ez) < 1e-3f);
         // Nothing under the pointer: the camera stays.
         sendMouse(&w, QEvent::MouseButtonPress, {5, 5}, Qt::LeftButton, Qt::LeftButton, Qt::ShiftModifier);
         QCOMPARE(cameraOf(w).z, after.z);
 
         // The axes, seen from aside: lit red solids at the origin.
-        Settings::setDisplayAxis(true);
+        own.values.displayAxis = true;
         w.setCamera(0.f, 0.f, 0.f, 0.4f, 30.f, 20.f);
         auto redPixels = [&](const QImage& image) {
             int red = 0;
@@ -679,6 +733,7 @@ private slots:
         completeSlot(records.image, 0, 4, 4);
         fillBgr(records.image, 0, 0x11, 0x22, 0x33);
         auto* w = new DisplayWidget;
+        w->setContext(&own);
         w->setBuffer(records.image);
         show(*w, QSize(320, 240));
         QVERIFY(isFilled(grab(*w), 0x11, 0x22, 0x33, 0));
@@ -741,6 +796,7 @@ private:
     }
 
     EventsFixture fixture;
+    TestViewContext own;
 };
 
 QTEST_MAIN(TestDisplayWidget)

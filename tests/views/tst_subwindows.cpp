@@ -2,7 +2,7 @@
 // registration line, and a node that leaves while shown. Runs the real program objects over the
 // stepped simulated camera.
 
-#include "app/TextUtils.h"
+#include "app/shared/TextUtils.h"
 #include "app/ViewerMain.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
@@ -13,6 +13,7 @@
 #include "mainwindow/ZerlaneViewer.h"
 #include "support/ViewerTestSupport.h"
 #include "tree/DeviceTreeModel.h"
+#include "tree/DeviceTreeView.h"
 #include "views/BufferDisplayWidget.h"
 #include "views/BufferSubWindow.h"
 #include "views/DisplayWidget.h"
@@ -46,7 +47,7 @@ private slots:
 
     void cleanupTestCase()
     {
-        window->mdiArea()->closeAllSubWindows();
+        area()->closeAllSubWindows();
         ViewerMain::shutDown();
     }
 
@@ -60,7 +61,7 @@ private slots:
         ViewerTest::LogRecorder log;
         Zerlane::plugin::FaultInjector::inject("Device::getSerialNumber", Zerlane::plugin::FaultInjector::Kind::Exception,
                                                "serial unreadable", 1);
-        BufferSubWindow* sub = window->mdiArea()->openView(map);
+        BufferSubWindow* sub = area()->openView(map);
         QCOMPARE(sub->windowTitle(), QString());
         QVERIFY(log.contains("Could not create sub-window title: serial unreadable"));
         sub->close();
@@ -73,8 +74,8 @@ private slots:
         auto enabled = [&](const char* name) { return manager->getProperty<bool>(depth, name); };
         BufferData* floating = buffer(BufferData::DepthFloatingPoint);
         BufferData* deviation = buffer(BufferData::StandardDeviation);
-        BufferSubWindow* first = window->mdiArea()->openView(floating);
-        BufferSubWindow* second = window->mdiArea()->openView(deviation);
+        BufferSubWindow* first = area()->openView(floating);
+        BufferSubWindow* second = area()->openView(deviation);
         QVERIFY(enabled("enableDepthMapFloatingPoint"));
         first->close();
         QVERIFY(enabled("enableDepthMapFloatingPoint"));
@@ -82,17 +83,17 @@ private slots:
         QVERIFY(!enabled("enableDepthMapFloatingPoint"));
 
         // A view closed for a rebuild leaves the property alone.
-        BufferSubWindow* view = window->mdiArea()->openView(floating);
+        BufferSubWindow* view = area()->openView(floating);
         floating->reopening = true;
         view->close();
         QVERIFY(enabled("enableDepthMapFloatingPoint"));
-        manager->decrementPropertyUse("enableDepthMapFloatingPoint");
-        manager->setProperty<bool>(depth, "enableDepthMapFloatingPoint", false);
+        manager->switchMapOff(floating); // the use the rebuilt view would have kept
+        QVERIFY(!enabled("enableDepthMapFloatingPoint"));
 
         // "Combined" switches the confidence map on too, and never off.
         auto* combined = new BufferData(depth, BufferData::Combined);
         depth->buffers.push_back(combined);
-        BufferSubWindow* mixed = window->mdiArea()->openView(combined);
+        BufferSubWindow* mixed = area()->openView(combined);
         QVERIFY(enabled("enablePhaseMap"));
         QVERIFY(enabled("enableConfidenceMap"));
         mixed->close();
@@ -105,7 +106,7 @@ private slots:
 
     void dropsOpenOnlyNotYetShownBuffers()
     {
-        MdiArea* area = window->mdiArea();
+        MdiArea* area = this->area();
         BufferData* phase = buffer(BufferData::Phase);
         auto drop = [&](qint64 address) {
             QByteArray bytes;
@@ -129,7 +130,7 @@ private slots:
         QVERIFY(phase->subWindow);
         drop(qint64(quintptr(phase)));         // already shown: nothing more
         QCOMPARE(area->subWindowList().size(), before + 1);
-        QCOMPARE(window->treeModel()->data(window->treeModel()->indexOf(phase), Qt::FontRole).value<QFont>().weight(),
+        QCOMPARE(model()->data(model()->indexOf(phase), Qt::FontRole).value<QFont>().weight(),
                  QFont::Bold);
         phase->subWindow->close();
     }
@@ -138,16 +139,19 @@ private slots:
     {
         BufferData* confidence = buffer(BufferData::Confidence);
         QVERIFY(!depth->registered);
-        BufferSubWindow* sub = window->mdiArea()->openView(confidence);
+        BufferSubWindow* sub = area()->openView(confidence);
         auto* view = qobject_cast<BufferDisplayWidget*>(sub->widget());
         QCOMPARE(view->interactiveInfo(), QString("Node not registered"));
         auto* label = view->findChild<QLabel*>("interactiveInfoLabel");
         QCOMPARE(label->palette().color(QPalette::WindowText), QColor(255, 0, 0));
 
+        // Registering the node tells the window, which clears the line of every view of the node.
         CameraManager::instance()->registerNode(depth, true);
-        window->showRegistrationOfViews(depth);
         QCOMPARE(view->interactiveInfo(), QString());
         QCOMPARE(label->palette().color(QPalette::WindowText), QColor(0, 0, 0));
+        CameraManager::instance()->registerNode(depth, false);
+        QCOMPARE(view->interactiveInfo(), QString("Node not registered"));
+        CameraManager::instance()->registerNode(depth, true);
         sub->close();
     }
 
@@ -164,7 +168,7 @@ private slots:
     {
         CameraManager* manager = CameraManager::instance();
         manager->registerNode(depth, true);
-        BufferSubWindow* sub = window->mdiArea()->openView(buffer(BufferData::Depth));
+        BufferSubWindow* sub = area()->openView(buffer(BufferData::Depth));
         auto* view = qobject_cast<BufferDisplayWidget*>(sub->widget());
         window->findChild<QAction*>("actionStartNodes")->trigger();
         QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Streaming"; }));
@@ -188,7 +192,7 @@ private slots:
     {
         CameraManager* manager = CameraManager::instance();
         BufferData* map = buffer(BufferData::Depth);
-        BufferSubWindow* flat = window->mdiArea()->openView(map);
+        BufferSubWindow* flat = area()->openView(map);
         flat->setGeometry(40, 30, 420, 380);
         const QRect geometry = flat->geometry();
         QVERIFY(!qobject_cast<BufferDisplayWidget*>(flat->widget())->isThreeDimensional());
@@ -215,27 +219,25 @@ private slots:
 
     void aNodeThatLeavesWhileShownStaysUntilItsViewCloses()
     {
-        BufferSubWindow* sub = window->mdiArea()->openView(buffer(BufferData::Depth));
+        BufferSubWindow* sub = area()->openView(buffer(BufferData::Depth));
         auto* view = qobject_cast<BufferDisplayWidget*>(sub->widget());
         const std::string serial = depth->device->device.getSerialNumber();
         Zerlane::Sim::Control::removeCamera(serial);
         // The camera's nodes leave first, then the camera itself: both are kept while the view is open.
         QVERIFY(ViewerTest::waitFor([&] { return depth->disconnected && depth->device->disconnected; }));
-        QCOMPARE(window->treeModel()->rowCount(), 1);
+        QCOMPARE(model()->rowCount(), 1);
         QCOMPARE(view->interactiveInfo(), QString("Not streaming"));
         sub->close();
-        QCOMPARE(window->treeModel()->rowCount(), 0);
+        QCOMPARE(model()->rowCount(), 0);
         QVERIFY(CameraManager::instance()->nodes().empty());
     }
 
 private:
-    BufferData* buffer(uint32_t type) const
+    BufferData* buffer(uint32_t type) const { return depth->buffer(type); }
+    MdiArea* area() const { return window->findChild<MdiArea*>("mdiArea"); }
+    DeviceTreeModel* model() const
     {
-        for (BufferData* b : depth->buffers) {
-            if (b->type == type)
-                return b;
-        }
-        return nullptr;
+        return qobject_cast<DeviceTreeModel*>(window->findChild<DeviceTreeView*>("treeView")->model());
     }
 
     ZerlaneThread* events = nullptr;

@@ -1,6 +1,6 @@
 // Message boxes with postponed calls, wheel-safe editors, the separator and the text colour.
-#include "app/StartupOptions.h"
-#include "info/InfoWidgetSetWidgetEvent.h"
+#include "app/shared/StartupOptions.h"
+#include "worker/InfoWidgetSetWidgetEvent.h"
 #include "widgets/QHLine.h"
 #include "widgets/TextColor.h"
 #include "widgets/ZRComboBox.h"

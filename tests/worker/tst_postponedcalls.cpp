@@ -1,5 +1,5 @@
 // Postponed calls: the replace rule and what run() posts.
-#include "info/InfoWidgetSetWidgetEvent.h"
+#include "worker/InfoWidgetSetWidgetEvent.h"
 #include "worker/PostponedCalls.h"
 
 #include <QCoreApplication>
