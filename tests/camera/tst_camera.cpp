@@ -1,4 +1,5 @@
 // Records and buffers: reference and active counts, slots, images.
+#include "camera/BufferAvailability.h"
 #include "camera/BufferData.h"
 #include "camera/DepthNodeData.h"
 #include "camera/DeviceData.h"
@@ -51,6 +52,7 @@ private slots:
     void nodeReleasesItsBuffers();
     void depthNodeOwnsItsHistory();
     void relationsOfEveryKind();
+    void availabilityOfEveryStream();
     void newBufferState();
     void capacitiesAndNames();
     void slotsFlipAndReaderTakesTheOther();
@@ -202,6 +204,59 @@ void TstCamera::relationsOfEveryKind()
 
     orphan->release();
     node->release();
+    device->release();
+}
+
+void TstCamera::availabilityOfEveryStream()
+{
+    auto* device = new DeviceData(Zerlane::Device(), {});
+    auto* depth = new NodeData(Zerlane::Node(), device, {});
+    auto* phase = new BufferData(depth, BufferData::Phase);
+    auto* deviation = new BufferData(depth, BufferData::StandardDeviation);
+    auto* uv = new BufferData(depth, BufferData::UV);
+    depth->buffers = {phase, deviation, uv};
+    device->nodes = {depth};
+
+    // An ordinary stream is unavailable exactly when its last sample carried nothing.
+    QVERIFY(!BufferAvailability::isUnavailable(phase));
+    phase->noData = true;
+    QVERIFY(BufferAvailability::isUnavailable(phase));
+    QCOMPARE(BufferAvailability::unavailableText(phase), QString("Not streaming"));
+
+    // The deviation view first asks for a region.
+    QCOMPARE(BufferAvailability::unavailableText(deviation), QString("No ROI selected"));
+    depth->roiX = 10;
+    QCOMPARE(BufferAvailability::unavailableText(deviation), QString("Not streaming"));
+
+    // The UV map needs the colour node, the floating-point vertices and a streaming colour image,
+    // and names the first that is missing.
+    QVERIFY(BufferAvailability::isUnavailable(uv));
+    QCOMPARE(BufferAvailability::unavailableText(uv), QString("Color node not present"));
+    auto* colour = new NodeData(Zerlane::Node(), device, {});
+    auto* image = new BufferData(colour, BufferData::Color);
+    colour->buffers = {image};
+    device->nodes = {depth, colour};
+    QCOMPARE(BufferAvailability::unavailableText(uv), QString("Vertices Floating Point not streaming"));
+    auto* vertices = new BufferData(depth, BufferData::VerticesFloatingPoint);
+    depth->buffers.push_back(vertices);
+    vertices->noData = true;
+    QCOMPARE(BufferAvailability::unavailableText(uv), QString("Vertices Floating Point not streaming"));
+    vertices->noData = false;
+    QVERIFY(BufferAvailability::isUnavailable(uv));
+    QCOMPARE(BufferAvailability::unavailableText(uv), QString("Color not streaming"));
+    colour->dataReceived = true;
+    QVERIFY(!BufferAvailability::isUnavailable(uv));
+    image->noData = true;
+    QVERIFY(BufferAvailability::isUnavailable(uv));
+    QCOMPARE(BufferAvailability::unavailableText(uv), QString("Color not streaming"));
+    image->noData = false;
+    uv->noData = true;
+    QVERIFY(BufferAvailability::isUnavailable(uv));
+    QCOMPARE(BufferAvailability::unavailableText(uv), QString("Not streaming"));
+
+    device->nodes.clear();
+    colour->release();
+    depth->release();
     device->release();
 }
 

@@ -100,6 +100,44 @@ private slots:
         QVERIFY(depth->dataReceived);
     }
 
+    void aNewPaletteColoursFromTheNextFrame()
+    {
+        NodeData* depth = fixture.depth;
+        EventsFixture::enable(depth, "enableDepthMap");
+        fixture.manager->registerNode(depth, true);
+        BufferData* map = depth->buffer(BufferData::Depth);
+        fixture.manager->addDisplayedBuffer(map);
+        fixture.manager->startNodes();
+        Zerlane::Sim::Control::step(1);
+        QVERIFY(ViewerTest::waitFor([map] { return map->frameCount == 1; }));
+
+        // A frame being coloured keeps the table it started with, so the old one must outlive the swap.
+        const std::shared_ptr<const DepthPalette> before = fixture.manager->palette();
+        const quint32 firstColour = before->colors()[0];
+        std::unique_ptr<DepthPalette> inverted(DepthPalette::invertedGreyScale(32768));
+        fixture.manager->setPalette(*inverted);
+        QCOMPARE(before->colors()[0], firstColour);
+        QVERIFY(fixture.manager->palette() != before);
+        QCOMPARE(fixture.manager->palette()->name(), inverted->name());
+
+        Zerlane::Sim::Control::step(1);
+        QVERIFY(ViewerTest::waitFor([map] { return map->frameCount == 2; }));
+        const int slot = map->writeSlot; // the slot of the frame just delivered
+        const auto* values = reinterpret_cast<const int16_t*>(map->data[slot]);
+        const auto* pixels = reinterpret_cast<const quint32*>(map->image[slot].pixels);
+        const int factor = int(8388.352 / static_cast<DepthNodeData*>(depth)->range());
+        int differing = 0;
+        for (int i = 0; i < 640 * 480; i += 997) {
+            const int16_t v = values[i];
+            if (v < 0 || v > 32000)
+                continue;
+            const int index = ((int(v) * factor) >> 8) & 0xFFFF;
+            QCOMPARE(pixels[i], inverted->colors()[index]);
+            differing += inverted->colors()[index] != before->colors()[index];
+        }
+        QVERIFY(differing > 100);
+    }
+
     void samplesAreOnlyCountedWhileNotStreaming()
     {
         NodeData* depth = fixture.depth;

@@ -9,6 +9,7 @@
 #include "events/ZerlaneThread.h"
 #include "info/InfoWidget.h"
 #include "mainwindow/RecordingThread.h"
+#include "mainwindow/ViewStatistics.h"
 #include "mainwindow/ZerlaneViewer.h"
 #include "support/ViewerTestSupport.h"
 #include "tree/DeviceTreeModel.h"
@@ -132,6 +133,39 @@ private slots:
         QVERIFY(model->data(model->index(0, 0)).toString().contains("ZS0900"));
         QCOMPARE(CameraManager::instance()->nodes().size(), size_t(3));
         QCOMPARE(window->currentNode(), static_cast<NodeData*>(nullptr));
+    }
+
+    void viewStatisticsTurnCountsIntoRatesAndResetThem()
+    {
+        QCOMPARE(ViewStatistics::infoLine(5.4, 29.6, 120.0),
+                 QString("Frame rate :  5      Event rate : 30      Paint rate : 120"));
+
+        QElapsedTimer outer;
+        outer.start();
+        ViewStatistics statistics;
+        auto* node = new NodeData(Zerlane::Node(), nullptr, {});
+        auto* buffer = new BufferData(node, BufferData::Depth);
+        node->buffers = {buffer};
+        node->sampleCount = 30;
+        buffer->frameCount = 15;
+        QTest::qSleep(50);
+        statistics.closeInterval({node});
+        const double longest = std::max<qint64>(1, outer.elapsed());
+
+        // Counts over at least 50 ms and at most the time measured around them.
+        const double eventRate = statistics.eventRate(node);
+        QVERIFY(eventRate >= 30 * 1000.0 / longest && eventRate <= 30 * 1000.0 / 50);
+        QCOMPARE(node->sampleCount.load(), 0);
+        const QString line = statistics.takeViewLine(buffer, 10);
+        QCOMPARE(buffer->frameCount.load(), 0);
+        const QRegularExpressionMatch rates =
+            QRegularExpression("Frame rate : +(\\d+) +Event rate : +(\\d+) +Paint rate : +(\\d+)").match(line);
+        QVERIFY2(rates.hasMatch(), qPrintable(line));
+        QVERIFY(qAbs(rates.captured(1).toDouble() - eventRate / 2) <= 1);
+        QVERIFY(qAbs(rates.captured(2).toDouble() - eventRate) <= 1);
+        QVERIFY(qAbs(rates.captured(3).toDouble() - eventRate / 3) <= 1);
+        QCOMPARE(statistics.eventRate(nullptr), 0.0);
+        node->release();
     }
 
     void losingTheServiceShowsOneErrorAndQuits()
