@@ -18,25 +18,32 @@ struct DepthSource {
     const void* aux = nullptr;
 };
 
+// The bytes of one map of the sample, whatever its element type.
+template <typename Map>
+DepthSource mapSource(const Map& map, const void* aux = nullptr)
+{
+    return {map.data(), size_t(map.size()) * sizeof(*map.data()), aux};
+}
+
 DepthSource depthSourceFor(uint32_t type, const Zerlane::DepthNode::NewSampleReceivedData& sample)
 {
     switch (type) {
     case BufferData::Phase:
-        return {sample.phaseMap.data(), size_t(sample.phaseMap.size()) * 2};
+        return mapSource(sample.phaseMap);
     case BufferData::Confidence:
-        return {sample.confidenceMap.data(), size_t(sample.confidenceMap.size()) * 2};
+        return mapSource(sample.confidenceMap);
     case BufferData::Depth:
-        return {sample.depthMap.data(), size_t(sample.depthMap.size()) * 2};
+        return mapSource(sample.depthMap);
     case BufferData::DepthFloatingPoint:
-        return {sample.depthMapFloatingPoint.data(), size_t(sample.depthMapFloatingPoint.size()) * 4};
+        return mapSource(sample.depthMapFloatingPoint);
     case BufferData::Vertices:
-        return {sample.vertices.data(), size_t(sample.vertices.size()) * 6};
+        return mapSource(sample.vertices);
     case BufferData::VerticesFloatingPoint:
-        return {sample.verticesFloatingPoint.data(), size_t(sample.verticesFloatingPoint.size()) * 12};
+        return mapSource(sample.verticesFloatingPoint);
     case BufferData::UV:
-        return {sample.uvMap.data(), size_t(sample.uvMap.size()) * 8};
+        return mapSource(sample.uvMap);
     case BufferData::Combined:
-        return {sample.phaseMap.data(), size_t(sample.phaseMap.size()) * 2, sample.confidenceMap.data()};
+        return mapSource(sample.phaseMap, sample.confidenceMap.data());
     default:
         return {};
     }
