@@ -46,12 +46,14 @@ ZerlaneThread::ZerlaneThread()
 ZerlaneThread::~ZerlaneThread()
 {
     wait();
+    const std::lock_guard handedBack(m_runLock);
 }
 
 // ---- Run ---------------------------------------------------------------------------------------
 
 void ZerlaneThread::run()
 {
+    const std::lock_guard owned(m_runLock);
     m_manager = CameraManager::instance();
     m_context = m_manager->context();
     try {

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 
 class CameraManager;
 
@@ -95,6 +96,10 @@ private:
     bool m_quitOnExit = true;
     std::atomic<bool> m_running{false};
     Zerlane::Context m_context;
+    // Held by run() for as long as the thread owns m_manager and m_context; the destructor takes it after
+    // wait(). QThread::wait synchronises through Qt's own primitives, which a race checker cannot see;
+    // this lock makes the hand-back of the thread's state explicit.
+    std::mutex m_runLock;
 
     // One handler object per event kind, bound for the life of the thread.
     Zerlane::StructMethodHandler<ZerlaneThread> m_clientConnectedHandler;
