@@ -483,9 +483,15 @@ private slots:
         QVERIFY(std::chrono::steady_clock::now() - started < std::chrono::milliseconds(100));
         const int depthCount = int(m_sink.depth().size());
         const int audioCount = int(m_sink.audio().size());
-        // About 30 and 10 samples; the lower bounds leave room for a busy machine.
+        // About 30 and 10 samples; the lower bounds leave room for a busy machine. Under ThreadSanitizer
+        // a frame takes longer to render than the clock's period and the clock catches up in bursts, so
+        // the rates mean nothing there; that streaming ran and stopped is still checked.
+#if defined(__SANITIZE_THREAD__)
+        QVERIFY(depthCount > 0 && audioCount > 0);
+#else
         QVERIFY2(depthCount >= 10 && depthCount <= 31, qPrintable(QString::number(depthCount)));
         QVERIFY2(audioCount >= 4 && audioCount <= 11, qPrintable(QString::number(audioCount)));
+#endif
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         QCOMPARE(int(m_sink.depth().size()), depthCount);
 
