@@ -4,8 +4,9 @@
 
 // The preferences that are used for every sample or every paint: the standard-deviation frame count
 // of the sample handler and what the views draw with. The camera manager keeps the current copy, so
-// that neither the event thread nor a paint reads the settings store; the program loads it at start
-// and after the preferences change. The member initialisers are the preferences' defaults.
+// that neither the event thread nor a paint reads the settings store; the window loads it at start,
+// and whatever changes a preference must store it there too. The member initialisers are the
+// preferences' defaults.
 struct DisplayPreferences {
     int sdNumFrames = 100;                    // "view2d/sdNumFrames"
     quint32 roiColor = 0x3399FF;              // "view2d/roiColor", 0xRRGGBB
