@@ -132,6 +132,11 @@ void SimDepthNode::configurationChanged(const PropertyValue& before, const Prope
         reportPropertyChanged("range");
 }
 
+void SimDepthNode::reportMeasuredValues()
+{
+    reportPropertyChanged("sensorTemperature");
+}
+
 std::chrono::microseconds SimDepthNode::samplePeriod() const
 {
     const int32_t rate = setting<DepthNodeConfiguration>("configuration").frameRate;

@@ -29,6 +29,7 @@ protected:
     void checkOffered(const PropertyValue& configuration) const override;
     std::optional<PropertyValue> measuredProperty(const std::string& name) const override;
     void configurationChanged(const PropertyValue& before, const PropertyValue& after) override;
+    void reportMeasuredValues() override;
 
 private:
     static std::vector<PropertyDeclaration> declarations();

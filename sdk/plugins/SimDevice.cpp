@@ -1,5 +1,6 @@
 #include "SimDevice.h"
 
+#include "ListenerLink.h"
 #include "SimAudioNode.h"
 #include "SimCameraState.h"
 #include "SimColorNode.h"
@@ -88,6 +89,11 @@ void SimDevice::setProperty(const std::string& name, const PropertyValue& value)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_properties.set(name, value);
+}
+
+void SimDevice::reportPropertyChanged(const std::string& name)
+{
+    m_link->notify([&](plugin::DriverListener& listener) { listener.propertyChanged(this, nullptr, name); });
 }
 
 float SimDevice::fanHumFrequency() const

@@ -32,6 +32,8 @@ public:
     std::shared_ptr<SimNode> removeNode(NodeKind kind);
     std::vector<std::shared_ptr<SimNode>> simNodes() const;
     void stopAllNodes();
+    // Tells the library that a device property changed by itself (a measured value).
+    void reportPropertyChanged(const std::string& name);
 
     const std::string& serial() const;
     // What the depth node's UV map points into: the colour node's current frame format (VGA without one).

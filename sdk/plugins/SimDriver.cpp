@@ -72,6 +72,12 @@ void SimDriver::cameraUnplugged(const std::string& serial)
     m_link->notify([&](plugin::DriverListener& listener) { listener.deviceRemoved(device); });
 }
 
+void SimDriver::devicePropertyChanged(const std::string& serial, const std::string& name)
+{
+    if (const std::shared_ptr<SimDevice> device = findDevice(serial))
+        device->reportPropertyChanged(name);
+}
+
 void SimDriver::nodePlugged(const std::string& serial, NodeKind kind)
 {
     const std::shared_ptr<SimDevice> device = findDevice(serial);

@@ -31,6 +31,7 @@ public:
     void nodePlugged(const std::string& serial, NodeKind kind);
     void nodeUnplugged(const std::string& serial, NodeKind kind);
     void reportTransportFailure(const std::string& message);
+    void devicePropertyChanged(const std::string& serial, const std::string& name);
     std::vector<std::shared_ptr<SimNode>> allNodes() const;
     // Called by SimWorld while it registers or unregisters this driver.
     void detachAll();

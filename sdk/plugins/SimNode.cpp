@@ -50,6 +50,8 @@ std::optional<PropertyValue> SimNode::measuredProperty(const std::string&) const
 
 void SimNode::configurationChanged(const PropertyValue&, const PropertyValue&) {}
 
+void SimNode::reportMeasuredValues() {}
+
 PropertyValue SimNode::getProperty(const std::string& name) const
 {
     std::lock_guard<std::mutex> lock(m_settingsMutex);
@@ -179,6 +181,7 @@ void SimNode::streamLoop()
 {
     using Clock = std::chrono::steady_clock;
     Clock::time_point next = Clock::now();
+    Clock::time_point nextReport = next + std::chrono::seconds(1);
     for (;;) {
         const Clock::duration period = samplePeriod();
         next += period;
@@ -191,6 +194,10 @@ void SimNode::streamLoop()
                 return;
         }
         produceClockedSample();
+        if (Clock::now() >= nextReport && !SimWorld::instance().stepped()) {
+            nextReport = Clock::now() + std::chrono::seconds(1);
+            reportMeasuredValues();
+        }
     }
 }
 

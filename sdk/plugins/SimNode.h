@@ -75,6 +75,9 @@ protected:
     virtual std::optional<PropertyValue> measuredProperty(const std::string& name) const;
     // After the configuration changed (settings lock not held): report dependent read-only values.
     virtual void configurationChanged(const PropertyValue& before, const PropertyValue& after);
+    // Called about once a second while the node streams by the clock: report measured values that
+    // drift (temperatures), as a camera does.
+    virtual void reportMeasuredValues();
 
     void reportPropertyChanged(const std::string& name);
     std::shared_ptr<SimDevice> device() const { return m_device.lock(); }

@@ -198,9 +198,13 @@ void SimWorld::setOverheating(const std::string& serial, bool overheating, bool 
     const std::shared_ptr<SimCameraState> camera = findCamera(serial);
     camera->overheating = overheating || overheated;
     camera->overheated = overheated;
-    // A camera that overheated shuts itself down.
-    if (overheated)
+    // A camera that overheated shuts itself down; one that runs hot reports its temperature.
+    if (overheated) {
         unplug(serial);
+        return;
+    }
+    for (SimDriver* driver : m_drivers)
+        driver->devicePropertyChanged(serial, "temperature");
 }
 
 void SimWorld::setStepped(bool stepped)
