@@ -627,21 +627,27 @@ void CameraManager::setAudioConfiguration(NodeData* node, const Zerlane::AudioNo
     setConfiguration<Zerlane::AudioNode>(node, configuration, apply, &NodeConfigurations::audioCurrent);
 }
 
-Zerlane::AudioNode::Configuration CameraManager::audioConfiguration(const NodeData* node) const
+template <class Configuration>
+Configuration CameraManager::storedConfiguration(const NodeData* node, Configuration NodeConfigurations::*current) const
 {
     const std::lock_guard lock(m_mutex);
     const NodeConfigurations* stored = configurationsOf(node);
-    return stored ? stored->audioCurrent : Zerlane::AudioNode::Configuration();
+    return stored ? stored->*current : Configuration();
 }
 
-void CameraManager::storeReportedConfiguration(NodeData* node)
+Zerlane::DepthNode::Configuration CameraManager::depthConfiguration(const NodeData* node) const
 {
-    if (node->node.is<Zerlane::DepthNode>())
-        setDepthConfiguration(node, Zerlane::DepthNode(node->node).getConfiguration(), false);
-    else if (node->node.is<Zerlane::ColorNode>())
-        setColorConfiguration(node, Zerlane::ColorNode(node->node).getConfiguration(), false);
-    else if (node->node.is<Zerlane::AudioNode>())
-        setAudioConfiguration(node, Zerlane::AudioNode(node->node).getConfiguration(), false);
+    return storedConfiguration(node, &NodeConfigurations::depthCurrent);
+}
+
+Zerlane::ColorNode::Configuration CameraManager::colorConfiguration(const NodeData* node) const
+{
+    return storedConfiguration(node, &NodeConfigurations::colorCurrent);
+}
+
+Zerlane::AudioNode::Configuration CameraManager::audioConfiguration(const NodeData* node) const
+{
+    return storedConfiguration(node, &NodeConfigurations::audioCurrent);
 }
 
 // ---- Displayed buffers -------------------------------------------------------------------------------

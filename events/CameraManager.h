@@ -106,14 +106,15 @@ public:
     bool setProperty(DeviceNodeBufferData* record, const QString& name, T value);
     template <class T>
     T getProperty(DeviceNodeBufferData* record, const QString& name);
-    // The camera reported a new configuration: remember it without applying it again.
-    void storeReportedConfiguration(NodeData* node);
 
     // Configurations: apply (when asked) and remember the node's current configuration. Any thread.
     void setDepthConfiguration(NodeData* node, const Zerlane::DepthNode::Configuration& configuration, bool apply);
     void setColorConfiguration(NodeData* node, const Zerlane::ColorNode::Configuration& configuration, bool apply);
     void setAudioConfiguration(NodeData* node, const Zerlane::AudioNode::Configuration& configuration, bool apply);
-    // A copy of the node's current audio configuration as last applied or reported (any thread).
+    // A copy of the node's current configuration as last applied or reported (any thread); a default
+    // one for a node of another kind.
+    Zerlane::DepthNode::Configuration depthConfiguration(const NodeData* node) const;
+    Zerlane::ColorNode::Configuration colorConfiguration(const NodeData* node) const;
     Zerlane::AudioNode::Configuration audioConfiguration(const NodeData* node) const;
 
     // Buffers shown in views: their node's sample event is bound while at least one is shown.
@@ -145,6 +146,8 @@ private:
     void setConfiguration(NodeData* node, const Configuration& configuration, bool apply,
                           Configuration NodeConfigurations::*current);
     NodeConfigurations* configurationsOf(const NodeData* node) const;
+    template <class Configuration>
+    Configuration storedConfiguration(const NodeData* node, Configuration NodeConfigurations::*current) const;
 
     mutable std::recursive_mutex m_mutex;
     QMutex m_buffersMutex;

@@ -12,6 +12,7 @@
 #include "camera/RecordUtils.h"
 #include "camera/StandardDeviationHistory.h"
 #include "events/CameraManager.h"
+#include "info/CameraInfoContext.h"
 #include "mainwindow/RecordActions.h"
 #include "tree/DeviceTreeModel.h"
 #include "views/BufferDisplayWidget.h"
@@ -22,6 +23,7 @@
 #include "widgets/AboutDialog.h"
 #include "widgets/ZRMessageBox.h"
 #include "worker/Settings.h"
+#include "worker/WorkingThread.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -30,16 +32,6 @@
 
 using Zerlane::Utils::Format;
 
-namespace {
-
-bool isConfigurationProperty(const Zerlane::PropertyBase& property)
-{
-    return property.is<Zerlane::Property<Zerlane::DepthNode::Configuration>>()
-        || property.is<Zerlane::Property<Zerlane::ColorNode::Configuration>>()
-        || property.is<Zerlane::Property<Zerlane::AudioNode::Configuration>>();
-}
-
-} // namespace
 
 ZerlaneViewer::ZerlaneViewer()
     : ui(std::make_unique<Ui::ZerlaneViewerClass>())
@@ -61,6 +53,14 @@ ZerlaneViewer::ZerlaneViewer()
     m_manager->setDisplayPreferences(Settings::displayPreferences());
     m_viewContext = std::make_unique<CameraViewContext>(m_manager);
     ui->mdiArea->setViewContext(m_viewContext.get());
+    m_infoContext = std::make_unique<CameraInfoContext>(m_manager, WorkingThread::instance());
+    ui->widgetInfo->setContext(m_infoContext.get());
+    // A larger window gives the views more room; the side panes keep their widths.
+    ui->splitter->setStretchFactor(0, 0);
+    ui->splitter->setStretchFactor(1, 1);
+    ui->splitter->setStretchFactor(2, 0);
+    connect(ui->splitter, &QSplitter::splitterMoved, this, [this] { m_infoPaneSizedByUser = true; });
+    connect(ui->widgetInfo, &InfoWidget::contentWidthWanted, this, &ZerlaneViewer::widenInfoPane);
     connect(ui->mdiArea, &MdiArea::viewOpened, this, &ZerlaneViewer::onViewOpened);
     connect(ui->mdiArea, &MdiArea::viewClosing, this, &ZerlaneViewer::onViewClosing);
     connect(ui->mdiArea, &MdiArea::recordDropped, this, &ZerlaneViewer::onRecordDropped);
@@ -217,6 +217,19 @@ void ZerlaneViewer::updateActions()
 }
 
 // ---- The tree's selection -----------------------------------------------------------------------------
+
+void ZerlaneViewer::widenInfoPane(int width)
+{
+    // Once the user has placed the splitter, the pane keeps the width given to it.
+    if (m_infoPaneSizedByUser)
+        return;
+    QList<int> sizes = ui->splitter->sizes();
+    if (sizes.size() != 3 || sizes[2] >= width)
+        return;
+    sizes[1] = std::max(0, sizes[1] - (width - sizes[2]));
+    sizes[2] = width;
+    ui->splitter->setSizes(sizes);
+}
 
 void ZerlaneViewer::onSelectedRecordChanged(DeviceNodeBufferData* record)
 {
@@ -405,6 +418,7 @@ void ZerlaneViewer::onDeviceDisconnected(Zerlane::Device device)
 void ZerlaneViewer::onJobDone(NodeData* nodeData)
 {
     nodeData->decrementActive();
+    ui->widgetInfo->jobDone(nodeData);
     releaseIfUnused(nodeData);
 }
 
@@ -462,23 +476,57 @@ void ZerlaneViewer::showFrame(BufferData* buffer, BufferDisplayWidget* view)
     view->refresh();
 }
 
-void ZerlaneViewer::onPropertyChanged(Zerlane::Device, Zerlane::PropertyBase)
+void ZerlaneViewer::onPropertyChanged(Zerlane::Device device, Zerlane::PropertyBase property)
 {
-    // The device page of the info panel is not built yet: nothing shows device properties.
+    try {
+        ui->widgetInfo->devicePropertyChanged(device, property);
+    } catch (const Zerlane::Exception& e) {
+        ViewerLog::warning(Format("Could not refresh property : %") % e.getMessage());
+    }
 }
 
 void ZerlaneViewer::onPropertyChanged(Zerlane::Node node, Zerlane::PropertyBase property)
 {
     try {
         NodeData* record = m_manager->findNode(node);
-        if (record && isConfigurationProperty(property))
-            m_manager->storeReportedConfiguration(record);
+        if (!record)
+            return;
+        if (!followConfiguration(record, property))
+            ui->widgetInfo->nodePropertyChanged(node, property);
         const std::string name = property.isSet() ? property.name() : std::string();
-        if (record && (name == "depthMap3Planes" || name == "depthMapFloatingPoint3Planes"))
+        if (name == "depthMap3Planes" || name == "depthMapFloatingPoint3Planes")
             rebuildViewsOf(record);
     } catch (const Zerlane::Exception& e) {
         ViewerLog::warning(Format("Could not refresh property : %") % e.getMessage());
     }
+}
+
+bool ZerlaneViewer::followConfiguration(NodeData* record, const Zerlane::PropertyBase& property)
+{
+    if (property.is<Zerlane::Property<Zerlane::DepthNode::Configuration>>())
+        followConfiguration<Zerlane::DepthNode>(record, &CameraManager::depthConfiguration,
+                                                &CameraManager::setDepthConfiguration, &InfoWidget::depthConfigurationChanged);
+    else if (property.is<Zerlane::Property<Zerlane::ColorNode::Configuration>>())
+        followConfiguration<Zerlane::ColorNode>(record, &CameraManager::colorConfiguration,
+                                                &CameraManager::setColorConfiguration, &InfoWidget::colorConfigurationChanged);
+    else if (property.is<Zerlane::Property<Zerlane::AudioNode::Configuration>>())
+        followConfiguration<Zerlane::AudioNode>(record, &CameraManager::audioConfiguration,
+                                                &CameraManager::setAudioConfiguration, &InfoWidget::audioConfigurationChanged);
+    else
+        return false;
+    return true;
+}
+
+template <class Kind, class Configuration>
+void ZerlaneViewer::followConfiguration(NodeData* record, Configuration (CameraManager::*stored)(const NodeData*) const,
+                                        void (CameraManager::*store)(NodeData*, const Configuration&, bool),
+                                        void (InfoWidget::*show)(NodeData*, const Configuration&, const Configuration&))
+{
+    // The camera has applied it already: it is remembered, not applied again.
+    const Configuration previous = (m_manager->*stored)(record);
+    const Configuration configuration = Kind(record->node).getConfiguration();
+    (m_manager->*store)(record, configuration, false);
+    (ui->widgetInfo->*show)(record, configuration, previous);
 }
 
 void ZerlaneViewer::onPopup(int level, QString msg)

@@ -21,6 +21,8 @@ class CameraManager;
 class DeviceTreeModel;
 class QLabel;
 class RecordActions;
+class InfoContext;
+class InfoWidget;
 class ViewContext;
 namespace Ui {
 class ZerlaneViewerClass;
@@ -133,6 +135,15 @@ private:
     void applyPresetToActiveView(int preset);
     void showFrame(BufferData* buffer, BufferDisplayWidget* view);
     void rebuildViewsOf(NodeData* node);
+    // Gives the info pane the width its page needs, taken from the view area.
+    void widenInfoPane(int width);
+    // A node's configuration property changed: the camera's configuration is stored, without applying
+    // it again, and the info panel follows it. False for any other property.
+    bool followConfiguration(NodeData* record, const Zerlane::PropertyBase& property);
+    template <class Kind, class Configuration>
+    void followConfiguration(NodeData* record, Configuration (CameraManager::*stored)(const NodeData*) const,
+                             void (CameraManager::*store)(NodeData*, const Configuration&, bool),
+                             void (InfoWidget::*show)(NodeData*, const Configuration&, const Configuration&));
     void refreshRows(DeviceNodeBufferData* record);
     static BufferDisplayWidget* viewOf(const BufferData* buffer);
 
@@ -140,6 +151,8 @@ private:
     CameraManager* m_manager;
     DeviceTreeModel* m_treeModel = nullptr;
     std::unique_ptr<ViewContext> m_viewContext;
+    std::unique_ptr<InfoContext> m_infoContext;
+    bool m_infoPaneSizedByUser = false;
     std::unique_ptr<RecordActions> m_recordActions;
     NodeData* m_currentNode = nullptr;
     QLabel* m_statusIcon = nullptr;

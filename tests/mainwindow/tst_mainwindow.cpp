@@ -8,6 +8,7 @@
 #include "events/CameraManager.h"
 #include "events/ZerlaneThread.h"
 #include "info/InfoWidget.h"
+#include "info/NodeInfoWidget.h"
 #include "mainwindow/RecordingThread.h"
 #include "mainwindow/ViewStatistics.h"
 #include "mainwindow/ZerlaneViewer.h"
@@ -63,7 +64,9 @@ private slots:
         auto* node = static_cast<NodeData*>(DeviceTreeModel::recordOf(depth));
         QCOMPARE(window->currentNode(), node);
         auto* info = window->findChild<InfoWidget*>("widgetInfo");
-        QVERIFY(qobject_cast<QLabel*>(info->content())->text().contains("Depth Node"));
+        auto* page = qobject_cast<NodeInfoWidget*>(info->content());
+        QVERIFY(page);
+        QCOMPARE(page->node(), node);
 
         // A buffer selects its node; a device selects no node.
         view->setCurrentIndex(model->index(3, 0, depth));
