@@ -28,45 +28,17 @@ std::vector<ConfigurationBox<Configuration>::Field> audioFields()
 
 AudioNodeInfoWidget::AudioNodeInfoWidget(NodeData* node, InfoContext* context, QWidget* parent)
     : NodeInfoWidget(node, context, parent)
-    , m_box(audioFields())
+    , m_box(audioFields(), [this] { return this->context()->audioConfiguration(this->node()); },
+            [this](const Configuration& chosen) { emit setAudioConfig(this->node(), chosen); })
 {
     connect(this, &AudioNodeInfoWidget::setAudioConfig, context->worker(), &WorkingThread::onSetAudioConfig);
-}
-
-Configuration AudioNodeInfoWidget::current() const
-{
-    return context()->audioConfiguration(node());
 }
 
 void AudioNodeInfoWidget::generate()
 {
     addNodeFacts();
     addPropertyEditors(node()->properties, true);
-    addConfigurationRows(m_box.build(this, *static_cast<AudioNodeData*>(node())->configurations, current()));
-}
-
-bool AudioNodeInfoWidget::hasPendingChanges() const
-{
-    return m_box.differsFrom(current());
-}
-
-QString AudioNodeInfoWidget::pendingChangesText() const
-{
-    return m_box.changesFrom(current());
-}
-
-void AudioNodeInfoWidget::discardChanges()
-{
-    m_box.select(current());
-}
-
-void AudioNodeInfoWidget::applyChanges()
-{
-    if (!idle())
-        return;
-    const Configuration configuration = m_box.selection(current());
-    node()->incrementActive(); // until the worker's jobDone
-    emit setAudioConfig(node(), configuration);
+    addConfigurationRows(m_box.build(this, *static_cast<AudioNodeData*>(node())->configurations), &m_box);
 }
 
 void AudioNodeInfoWidget::audioConfigurationChanged(NodeData* changed, const Configuration& configuration,

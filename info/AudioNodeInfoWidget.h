@@ -11,10 +11,6 @@ public:
     AudioNodeInfoWidget(NodeData* node, InfoContext* context, QWidget* parent);
 
     void generate() override;
-    bool hasPendingChanges() const override;
-    QString pendingChangesText() const override;
-    void discardChanges() override;
-    void applyChanges() override;
     void audioConfigurationChanged(NodeData* node, const Zerlane::AudioNode::Configuration& configuration,
                                    const Zerlane::AudioNode::Configuration& previous) override;
 
@@ -24,7 +20,5 @@ signals:
     void setAudioConfig(NodeData* node, Zerlane::AudioNode::Configuration configuration);
 
 private:
-    Zerlane::AudioNode::Configuration current() const;
-
     ConfigurationBox<Zerlane::AudioNode::Configuration> m_box;
 };

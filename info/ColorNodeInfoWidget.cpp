@@ -33,45 +33,17 @@ std::vector<ConfigurationBox<Configuration>::Field> colorFields()
 
 ColorNodeInfoWidget::ColorNodeInfoWidget(NodeData* node, InfoContext* context, QWidget* parent)
     : NodeInfoWidget(node, context, parent)
-    , m_box(colorFields())
+    , m_box(colorFields(), [this] { return this->context()->colorConfiguration(this->node()); },
+            [this](const Configuration& chosen) { emit setColorConfig(this->node(), chosen); })
 {
     connect(this, &ColorNodeInfoWidget::setColorConfig, context->worker(), &WorkingThread::onSetColorConfig);
-}
-
-Configuration ColorNodeInfoWidget::current() const
-{
-    return context()->colorConfiguration(node());
 }
 
 void ColorNodeInfoWidget::generate()
 {
     addNodeFacts();
     addPropertyEditors(node()->properties, true);
-    addConfigurationRows(m_box.build(this, *static_cast<ColorNodeData*>(node())->configurations, current()));
-}
-
-bool ColorNodeInfoWidget::hasPendingChanges() const
-{
-    return m_box.differsFrom(current());
-}
-
-QString ColorNodeInfoWidget::pendingChangesText() const
-{
-    return m_box.changesFrom(current());
-}
-
-void ColorNodeInfoWidget::discardChanges()
-{
-    m_box.select(current());
-}
-
-void ColorNodeInfoWidget::applyChanges()
-{
-    if (!idle())
-        return;
-    const Configuration configuration = m_box.selection(current());
-    node()->incrementActive(); // until the worker's jobDone
-    emit setColorConfig(node(), configuration);
+    addConfigurationRows(m_box.build(this, *static_cast<ColorNodeData*>(node())->configurations), &m_box);
 }
 
 void ColorNodeInfoWidget::colorConfigurationChanged(NodeData* changed, const Configuration& configuration,

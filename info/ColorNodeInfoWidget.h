@@ -11,10 +11,6 @@ public:
     ColorNodeInfoWidget(NodeData* node, InfoContext* context, QWidget* parent);
 
     void generate() override;
-    bool hasPendingChanges() const override;
-    QString pendingChangesText() const override;
-    void discardChanges() override;
-    void applyChanges() override;
     void colorConfigurationChanged(NodeData* node, const Zerlane::ColorNode::Configuration& configuration,
                                    const Zerlane::ColorNode::Configuration& previous) override;
 
@@ -24,7 +20,5 @@ signals:
     void setColorConfig(NodeData* node, Zerlane::ColorNode::Configuration configuration);
 
 private:
-    Zerlane::ColorNode::Configuration current() const;
-
     ConfigurationBox<Zerlane::ColorNode::Configuration> m_box;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Zerlane/Enums.h"
+#include "info/PendingConfiguration.h"
 #include "widgets/ZRComboBox.h"
 
 #include <QList>
@@ -14,9 +15,10 @@
 
 // The combo boxes of a node's configuration, one per field, each item carrying the field's value as
 // its user data: everything is read and selected by that value, never by the text. The combos hold
-// the user's edits until they are applied or discarded.
+// the user's edits until they are applied or discarded; they are compared with the configuration
+// the node runs now (`current`) and sent on as a whole (`send`).
 template <class Configuration>
-class ConfigurationBox {
+class ConfigurationBox : public PendingConfiguration {
 public:
     struct Field {
         QString label;                                // the form row, "Format :"
@@ -28,7 +30,16 @@ public:
         std::vector<int> fixedValues;                 // the items, when not the offered values
     };
 
-    explicit ConfigurationBox(std::vector<Field> fields) : m_fields(std::move(fields)) {}
+    ConfigurationBox(std::vector<Field> fields, std::function<Configuration()> current,
+                     std::function<void(const Configuration&)> send)
+        : m_fields(std::move(fields)), m_current(std::move(current)), m_send(std::move(send))
+    {
+    }
+
+    bool hasChanges() const override { return differsFrom(m_current()); }
+    QString changesText() const override { return changesFrom(m_current()); }
+    void discard() override { select(m_current()); }
+    void apply() override { m_send(selection(m_current())); }
 
     // The frame format and frame rate fields that depth and colour configurations share.
     static Field frameFormatField()
@@ -46,8 +57,7 @@ public:
 
     // One combo per field listing each distinct offered value once, in increasing order, with the
     // current configuration selected. Returns the (label, combo) rows in field order.
-    QList<QPair<QString, QWidget*>> build(QWidget* owner, const std::vector<Configuration>& offered,
-                                          const Configuration& current)
+    QList<QPair<QString, QWidget*>> build(QWidget* owner, const std::vector<Configuration>& offered)
     {
         QList<QPair<QString, QWidget*>> rows;
         for (const Field& field : m_fields) {
@@ -57,7 +67,7 @@ public:
             m_combos.append(combo);
             rows.append({field.label, combo});
         }
-        select(current);
+        discard();
         return rows;
     }
 
@@ -67,6 +77,9 @@ public:
             m_combos[i]->setCurrentIndex(m_combos[i]->findData(m_fields[size_t(i)].read(configuration)));
     }
 
+    QComboBox* combo(int field) const { return m_combos.value(field); }
+
+private:
     bool differsFrom(const Configuration& current) const
     {
         for (int i = 0; i < m_combos.size(); ++i) {
@@ -97,9 +110,6 @@ public:
         return base;
     }
 
-    QComboBox* combo(int field) const { return m_combos.value(field); }
-
-private:
     static QString formatName(int format)
     {
         return QString::fromStdString(Zerlane::FrameFormat_toString(Zerlane::FrameFormat(format)));
@@ -131,5 +141,7 @@ private:
     }
 
     std::vector<Field> m_fields;
+    std::function<Configuration()> m_current;
+    std::function<void(const Configuration&)> m_send;
     QList<QComboBox*> m_combos;
 };

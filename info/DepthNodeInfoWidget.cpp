@@ -40,14 +40,10 @@ std::vector<ConfigurationBox<Configuration>::Field> depthFields()
 
 DepthNodeInfoWidget::DepthNodeInfoWidget(NodeData* node, InfoContext* context, QWidget* parent)
     : NodeInfoWidget(node, context, parent)
-    , m_box(depthFields())
+    , m_box(depthFields(), [this] { return this->context()->depthConfiguration(this->node()); },
+            [this](const Configuration& chosen) { emit setDepthConfig(this->node(), chosen); })
 {
     connect(this, &DepthNodeInfoWidget::setDepthConfig, context->worker(), &WorkingThread::onSetDepthConfig);
-}
-
-Configuration DepthNodeInfoWidget::current() const
-{
-    return context()->depthConfiguration(node());
 }
 
 void DepthNodeInfoWidget::generate()
@@ -57,7 +53,7 @@ void DepthNodeInfoWidget::generate()
     addPropertyEditors(node()->properties, true);
     if (context()->showHidden())
         addNoFanBox();
-    addConfigurationRows(m_box.build(this, *static_cast<DepthNodeData*>(node())->configurations, current()));
+    addConfigurationRows(m_box.build(this, *static_cast<DepthNodeData*>(node())->configurations), &m_box);
 }
 
 void DepthNodeInfoWidget::addRangeRow()
@@ -97,30 +93,6 @@ void DepthNodeInfoWidget::readOnlyPropertyChanged(const Zerlane::PropertyBase& p
 {
     if (property.name() == "range" && property.is<Zerlane::Property<float>>())
         showRange(Zerlane::Property<float>(property).getValue(interface()));
-}
-
-bool DepthNodeInfoWidget::hasPendingChanges() const
-{
-    return m_box.differsFrom(current());
-}
-
-QString DepthNodeInfoWidget::pendingChangesText() const
-{
-    return m_box.changesFrom(current());
-}
-
-void DepthNodeInfoWidget::discardChanges()
-{
-    m_box.select(current());
-}
-
-void DepthNodeInfoWidget::applyChanges()
-{
-    if (!idle())
-        return;
-    const Configuration configuration = m_box.selection(current());
-    node()->incrementActive(); // until the worker's jobDone
-    emit setDepthConfig(node(), configuration);
 }
 
 void DepthNodeInfoWidget::depthConfigurationChanged(NodeData* changed, const Configuration& configuration,

@@ -14,10 +14,6 @@ public:
     DepthNodeInfoWidget(NodeData* node, InfoContext* context, QWidget* parent);
 
     void generate() override;
-    bool hasPendingChanges() const override;
-    QString pendingChangesText() const override;
-    void discardChanges() override;
-    void applyChanges() override;
     void readOnlyPropertyChanged(const Zerlane::PropertyBase& property) override;
     void depthConfigurationChanged(NodeData* node, const Zerlane::DepthNode::Configuration& configuration,
                                    const Zerlane::DepthNode::Configuration& previous) override;
@@ -31,8 +27,6 @@ private:
     void addRangeRow();
     void addNoFanBox();
     void showRange(float range);
-    Zerlane::DepthNode::Configuration current() const;
-
     QLabel* m_range = nullptr;
     ConfigurationBox<Zerlane::DepthNode::Configuration> m_box;
 };

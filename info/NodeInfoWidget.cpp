@@ -6,6 +6,7 @@
 #include "app/shared/TextUtils.h"
 #include "app/shared/ViewerLog.h"
 #include "camera/NodeData.h"
+#include "info/PendingConfiguration.h"
 #include "widgets/QHLine.h"
 
 #include <QLabel>
@@ -57,8 +58,10 @@ void NodeInfoWidget::addNodeFacts()
     }
 }
 
-void NodeInfoWidget::addConfigurationRows(const QList<QPair<QString, QWidget*>>& rows)
+void NodeInfoWidget::addConfigurationRows(const QList<QPair<QString, QWidget*>>& rows,
+                                          PendingConfiguration* configuration)
 {
+    m_configuration = configuration;
     addFullWidthRow(new QHLine(this));
     for (const auto& [label, combo] : rows)
         addRow(label, combo);
@@ -85,17 +88,28 @@ void NodeInfoWidget::propertyChanged(const Zerlane::Node& handle, const Zerlane:
 
 bool NodeInfoWidget::hasPendingChanges() const
 {
-    return false;
+    return m_configuration && m_configuration->hasChanges();
 }
 
 QString NodeInfoWidget::pendingChangesText() const
 {
-    return QString();
+    return m_configuration ? m_configuration->changesText() : QString();
 }
 
-void NodeInfoWidget::discardChanges() {}
+void NodeInfoWidget::discardChanges()
+{
+    if (m_configuration)
+        m_configuration->discard();
+}
 
-void NodeInfoWidget::applyChanges() {}
+void NodeInfoWidget::applyChanges()
+{
+    // A press while the worker still applies the last one is ignored.
+    if (!m_configuration || !idle())
+        return;
+    node()->incrementActive(); // until the worker's jobDone
+    m_configuration->apply();
+}
 
 void NodeInfoWidget::readOnlyPropertyChanged(const Zerlane::PropertyBase&) {}
 

@@ -7,6 +7,7 @@
 #include "Zerlane/DepthNode.h"
 
 class NodeData;
+class PendingConfiguration;
 
 // The page of a selected node. This base shows the node's facts only (an unsupported node shows no
 // more); the depth, colour and audio pages add the property editors and a configuration box whose
@@ -43,7 +44,12 @@ public slots:
 protected:
     void addNodeFacts();
     // A separator, the configuration rows, and the "Set Configuration" button on a row of its own.
-    void addConfigurationRows(const QList<QPair<QString, QWidget*>>& rows);
+    // The rows' edits are `configuration`'s, which the page keeps (not owned).
+    void addConfigurationRows(const QList<QPair<QString, QWidget*>>& rows, PendingConfiguration* configuration);
+
+private:
     // No job of the worker runs on the node (a second request would race the first).
     bool idle() const;
+
+    PendingConfiguration* m_configuration = nullptr;
 };
