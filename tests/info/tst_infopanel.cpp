@@ -25,6 +25,8 @@
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QSplitter>
 #include <QtTest>
 
 using Zerlane::plugin::FaultInjector;
@@ -148,6 +150,28 @@ private slots:
         Zerlane::Sim::Control::setOverheating(serial, false);
         QVERIFY(ViewerTest::waitFor([&] { return textOf(page, "Overheating : ") == "no"; }));
         action("actionControlDevice")->trigger(); // released again
+    }
+
+    void thePaneFitsItsPageUntilTheUserSizesIt()
+    {
+        showDepthNode();
+        QApplication::processEvents();
+        QVERIFY(!info->horizontalScrollBar()->isVisible());
+        QVERIFY(info->width() >= info->content()->sizeHint().width());
+
+        // Dragged narrower by the user, it stays so for the next page.
+        auto* splitter = window->findChild<QSplitter*>("splitter");
+        QSplitterHandle* handle = splitter->handle(2);
+        const QPoint grip = handle->rect().center();
+        QTest::mousePress(handle, Qt::LeftButton, {}, grip);
+        QTest::mouseMove(handle, grip + QPoint(120, 0));
+        QTest::mouseRelease(handle, Qt::LeftButton, {}, grip + QPoint(120, 0));
+        const int chosen = splitter->sizes()[2];
+        tree->setCurrentIndex(deviceIndex());
+        QApplication::processEvents();
+        showDepthNode();
+        QApplication::processEvents();
+        QCOMPARE(splitter->sizes()[2], chosen);
     }
 
     void depthPageEditsReachTheCameraAndRefusedValuesAreReadBack()
