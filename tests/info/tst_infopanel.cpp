@@ -219,6 +219,32 @@ private slots:
         controlDepthNode(false);
     }
 
+    void buildFailuresKeepWhatWasBuiltAndAreLogged()
+    {
+        ViewerTest::LogRecorder log(true);
+        FaultInjector::inject("Node::getVID", FaultInjector::Kind::Exception, "usb stalled", 1);
+        FaultInjector::inject("DepthNode::getRange", FaultInjector::Kind::Exception, "no range", 1);
+        DepthNodeInfoWidget* page = showDepthNode();
+        QCOMPARE(textOf(page, "Media interface :"), QString("0"));
+        QVERIFY(!fieldOf(page, "VID :") && !fieldOf(page, "Revision :") && !fieldOf(page, "Range : "));
+        QVERIFY(fieldOf(page, "illuminationLevel")); // the editors still come
+        QVERIFY(log.warnings().contains("Could not generate node info: usb stalled"));
+        QVERIFY(log.warnings().contains("Could not generate depth node info: no range"));
+
+        // One property that cannot be read loses its editor only.
+        FaultInjector::inject("PropertyBase::getValue", FaultInjector::Kind::Exception, "read failed", 1);
+        page = showDepthNode();
+        QVERIFY(!fieldOf(page, "enablePhaseMap"));
+        QVERIFY(fieldOf(page, "enableConfidenceMap"));
+        QVERIFY(log.warnings().contains("Could not generate property widget: read failed"));
+
+        FaultInjector::inject("Device::getTofControllerVersion", FaultInjector::Kind::Exception, "busy", 1);
+        tree->setCurrentIndex(deviceIndex());
+        QVERIFY(fieldOf(info->content(), "USB backend version:"));
+        QVERIFY(!fieldOf(info->content(), "Overheating : "));
+        QVERIFY(log.warnings().contains("Could not generate device info: busy"));
+    }
+
     void configurationBoxesListOfferedValuesAndSummariseChanges()
     {
         DepthNodeInfoWidget* depth = showDepthNode();
