@@ -15,7 +15,9 @@
 
 #include <QMetaType>
 #include <QRecursiveMutex>
+#include <QStringList>
 
+#include <algorithm>
 #include <variant>
 
 namespace {
@@ -84,10 +86,28 @@ bool isNumberType(int typeId)
     return isIntegerType(typeId) || typeId == QMetaType::Double || typeId == QMetaType::Float;
 }
 
+// The INI files behind QSettings reserve the section name "General" (in any case) for keys outside
+// any group. The "general/..." keys are therefore written under "[%General]", which reads back in the
+// next run as "General/...", and a hand-written "[general]" section holds top-level keys. Both
+// spellings are what a "general/..." key is looked up under, after its own.
+QStringList spellingsOf(const QString& key)
+{
+    static const QString group = QStringLiteral("general/");
+    if (!key.startsWith(group))
+        return {key};
+    const QString name = key.mid(group.size());
+    return {key, QStringLiteral("General/") + name, name};
+}
+
 QVariant storedValue(const QString& key)
 {
     QMutexLocker locker(&g_mutex);
-    return Settings::store().value(key);
+    for (const QString& spelling : spellingsOf(key)) {
+        const QVariant value = Settings::store().value(spelling);
+        if (value.isValid())
+            return value;
+    }
+    return QVariant();
 }
 
 // The value of a workspace property, typed by the property's kind; an invalid variant for kinds that
@@ -250,7 +270,16 @@ QSize Settings::sizeValue(const QString& key, const QSize& defaultValue)
 void Settings::setValue(const QString& key, const QVariant& value)
 {
     QMutexLocker locker(&g_mutex);
+    // An older spelling of the key would land in the same file section as the new value.
+    for (const QString& spelling : spellingsOf(key).mid(1))
+        store().remove(spelling);
     store().setValue(key, value);
+}
+
+void Settings::sync()
+{
+    QMutexLocker locker(&g_mutex);
+    store().sync();
 }
 
 // ---- preferences ----------------------------------------------------------------------------------
@@ -343,7 +372,7 @@ int Settings::writeDevice(DeviceData* device)
         return g_deviceCounter - 1;
     }
     setValue(deviceKey(g_deviceCounter, "serial"), serial);
-    setValue(deviceKey(g_deviceCounter, "controlled"), device->controlled);
+    setValue(deviceKey(g_deviceCounter, "controlled"), device->controlled.load());
     ++g_deviceCounter;
     setValue(QStringLiteral("workspace/devices/size"), g_deviceCounter);
     return g_deviceCounter - 1;
@@ -390,6 +419,37 @@ int Settings::writeBuffer(BufferData* buffer, int nodeNumber, const QPoint& posi
 int Settings::workspaceDeviceCount() { return intValue(QStringLiteral("workspace/devices/size"), 0); }
 int Settings::workspaceNodeCount() { return intValue(QStringLiteral("workspace/nodes/size"), 0); }
 int Settings::workspaceBufferCount() { return intValue(QStringLiteral("workspace/buffers/size"), 0); }
+namespace {
+
+std::vector<int> recordNumbers(const QString& group, int size)
+{
+    QMutexLocker locker(&g_mutex);
+    Settings::store().beginGroup(group);
+    const QStringList children = Settings::store().childGroups();
+    Settings::store().endGroup();
+    std::vector<int> numbers;
+    for (const QString& child : children) {
+        bool ok = false;
+        const int number = child.toInt(&ok);
+        if (ok && number >= 0 && number < size)
+            numbers.push_back(number);
+    }
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
+
+} // namespace
+
+std::vector<int> Settings::workspaceNodeNumbers()
+{
+    return recordNumbers(QStringLiteral("workspace/nodes"), workspaceNodeCount());
+}
+
+std::vector<int> Settings::workspaceBufferNumbers()
+{
+    return recordNumbers(QStringLiteral("workspace/buffers"), workspaceBufferCount());
+}
+
 QString Settings::workspaceDeviceSerial(int device) { return stringValue(deviceKey(device, "serial")); }
 bool Settings::workspaceDeviceControlled(int device) { return boolValue(deviceKey(device, "controlled"), false); }
 int Settings::workspaceNodeDevice(int node) { return intValue(nodeKey(node, "device"), -1); }

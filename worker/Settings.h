@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <vector>
+
 #include <Zerlane/Configurations.h>
 
 struct DisplayPreferences;
@@ -86,6 +88,10 @@ public:
     static int workspaceDeviceCount();
     static int workspaceNodeCount();
     static int workspaceBufferCount();
+    // The numbers of the node or buffer records the store really holds below its size key, in
+    // increasing order: a size key larger than the file costs nothing.
+    static std::vector<int> workspaceNodeNumbers();
+    static std::vector<int> workspaceBufferNumbers();
     static QString workspaceDeviceSerial(int device);
     static bool workspaceDeviceControlled(int device);
     static int workspaceNodeDevice(int node);
@@ -118,4 +124,6 @@ public:
     static QPoint pointValue(const QString& key, const QPoint& defaultValue);
     static QSize sizeValue(const QString& key, const QSize& defaultValue);
     static void setValue(const QString& key, const QVariant& value);
+    // Writes what was changed to the disk now, rather than when the store is destroyed at exit.
+    static void sync();
 };

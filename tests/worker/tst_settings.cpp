@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QFile>
 #include <QtTest>
 
 #include "support/LogRecorder.h"
@@ -46,6 +47,7 @@ private slots:
     void presetDefaults();
     void roundTripsUseTheirKeys();
     void valuesReadBackAsText();
+    void generalKeysSurviveTheFile();
     void wronglyTypedValuesGiveDefaults();
     void workspaceWindow();
     void workspaceNumberingRunsOn();
@@ -177,6 +179,35 @@ void TstSettings::valuesReadBackAsText()
     QCOMPARE(Settings::sdNumFrames(), 42);
     QCOMPARE(Settings::roiColor(), 0xFF0000u);
     QCOMPARE(Settings::cameraPan(1), 12.5f);
+}
+
+void TstSettings::generalKeysSurviveTheFile()
+{
+    // The file format keeps "general" keys in its reserved section: what this program wrote reads back
+    // as "General/...", and a section written by hand as "[general]" holds keys without a group.
+    const QString path = Settings::store().fileName();
+    for (const char* text : {"[%General]\nautoSaveWorkspace=true\nautoExpandNodes=false\n",
+                             "[general]\nautoSaveWorkspace=true\nautoExpandNodes=false\n"}) {
+        Settings::store().clear();
+        Settings::store().sync();
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(text);
+        file.close();
+        QSettings fresh(path, QSettings::IniFormat);
+        QVERIFY(!fresh.contains("general/autoSaveWorkspace"));
+        Settings::store().sync(); // read the file again, as a new run would
+        QVERIFY2(Settings::autoSaveWorkspace(), text);
+        QVERIFY(!Settings::autoExpandNodes());
+
+        // Written again: one value, under the program's own key, in the next run too.
+        Settings::setAutoSaveWorkspace(false);
+        Settings::sync();
+        QVERIFY(!Settings::autoSaveWorkspace());
+        QVERIFY(!Settings::store().contains("General/autoSaveWorkspace"));
+        QVERIFY(!Settings::store().contains("autoSaveWorkspace"));
+    }
+    Settings::store().clear();
 }
 
 void TstSettings::wronglyTypedValuesGiveDefaults()
