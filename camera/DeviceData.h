@@ -5,6 +5,7 @@
 #include <Zerlane/Device.h>
 #include <Zerlane/Property.h>
 
+#include <atomic>
 #include <vector>
 
 class BufferData;
@@ -24,6 +25,6 @@ public:
     std::vector<Zerlane::PropertyBase> properties; // as the service listed them when the device appeared
     std::vector<NodeData*> nodes;
     bool registered = false;
-    bool controlled = false;   // this program holds control of the device
+    std::atomic<bool> controlled{false}; // this program holds control (read by the worker's restore)
     bool dataReceived = false; // cleared by a successful property set
 };

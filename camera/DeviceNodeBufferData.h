@@ -4,6 +4,8 @@
 
 #include <QModelIndex>
 
+#include <atomic>
+
 #include <cstdint>
 
 // Common base of the device, node and buffer records: the record kind, the tree model's index of the
@@ -24,7 +26,8 @@ public:
 
     QModelIndex modelIndex;  // the record's index in the device tree model; invalid until the model sets it
     int32_t position = 0;    // place in the parent's list, for the tree model
-    bool disconnected = false; // gone from the camera but still in use
+    // Gone from the camera but still in use. Set on the GUI thread, read by the worker's restore.
+    std::atomic<bool> disconnected{false};
 
 protected:
     uint32_t m_kind;

@@ -472,8 +472,8 @@ void CameraManager::registerDevice(DeviceData* device, bool doRegister)
         m_mainWindow->registrationChanged(device);
 }
 
-template <class Handle>
-bool CameraManager::changeControl(const Handle& handle, bool& controlled, bool request)
+template <class Handle, class Flag>
+bool CameraManager::changeControl(const Handle& handle, Flag& controlled, bool request)
 {
     // Asking for what is held already (or releasing what is not) calls nothing.
     try {

@@ -139,8 +139,8 @@ private:
     void forgetNode(NodeData* node);
     void warn(const QString& text) const;
     // Requests or releases control of a device or node; false (after reporting why) when refused.
-    template <class Handle>
-    bool changeControl(const Handle& handle, bool& controlled, bool request);
+    template <class Handle, class Flag>
+    bool changeControl(const Handle& handle, Flag& controlled, bool request);
     struct NodeConfigurations;
     template <class Kind, class Configuration>
     void setConfiguration(NodeData* node, const Configuration& configuration, bool apply,

@@ -52,5 +52,15 @@ private:
     template <class Apply>
     void applyConfiguration(NodeData* nodeData, const char* nodeName, Apply apply);
 
+    // The automatic restore of a node from the saved workspace; it ends early when the node cannot
+    // be matched to a saved one by its type name and its device's serial number.
+    void restoreNode(NodeData* node);
+    void reopenViews(NodeData* node, int saved);
+    // Takes control of the node for the restore unless its device is controlled already; true when taken.
+    bool takeControlFor(NodeData* node);
+    void releaseControlOf(NodeData* node);
+    void restoreConfiguration(NodeData* node, int saved);
+    void restoreProperties(NodeData* node, int saved);
+
     CameraManager* m_manager = nullptr;
 };
