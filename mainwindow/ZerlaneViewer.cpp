@@ -26,6 +26,7 @@
 #include "worker/WorkingThread.h"
 
 #include <QCloseEvent>
+#include <QScreen>
 #include <QLabel>
 #include <QMutexLocker>
 #include <QThread>
@@ -124,14 +125,33 @@ void ZerlaneViewer::markNotYetAvailable(QAction* action, const QString& what)
     action->setToolTip(QString("%1 is not available in this version").arg(what));
 }
 
+namespace {
+
+// A saved geometry brought onto `area`: no larger than it, and with at least a corner of a title bar
+// inside it, whatever the settings file says.
+QSize fittedSize(const QSize& size, const QSize& area)
+{
+    return size.boundedTo(area).expandedTo(QSize(1, 1));
+}
+
+QPoint fittedPosition(const QPoint& position, const QRect& area)
+{
+    const int x = std::clamp(position.x(), area.left(), std::max(area.left(), area.right() - 100));
+    const int y = std::clamp(position.y(), area.top(), std::max(area.top(), area.bottom() - 50));
+    return {x, y};
+}
+
+} // namespace
+
 void ZerlaneViewer::restoreWindowGeometry()
 {
+    const QRect screenArea = screen() ? screen()->availableGeometry() : QRect(0, 0, 1280, 800);
     const QPoint position = Settings::workspacePos();
     if (position != QPoint(0, 0))
-        move(position);
+        move(fittedPosition(position, screenArea));
     const QSize size = Settings::workspaceSize();
     if (size.width() >= 0 && size.height() >= 0)
-        resize(size);
+        resize(fittedSize(size, screenArea.size()));
     if (Settings::workspaceIsMaximized())
         setWindowState(windowState() | Qt::WindowMaximized);
 }
@@ -562,9 +582,21 @@ void ZerlaneViewer::onAddBuffer(BufferData* bufferData, QPoint pos, QSize size, 
 {
     if (bufferData->subWindow)
         return;
+    // The area passes a maximised state on to a view opened after it; a restored view that was not
+    // maximised hands it back.
+    QMdiSubWindow* maximisedBefore = ui->mdiArea->activeSubWindow();
+    if (maximisedBefore && !maximisedBefore->isMaximized())
+        maximisedBefore = nullptr;
     BufferSubWindow* window = ui->mdiArea->openView(bufferData);
-    window->resize(size);
-    window->move(pos);
+    if (maximisedBefore && !maximized) {
+        window->showNormal();
+        ui->mdiArea->setActiveSubWindow(maximisedBefore);
+        maximisedBefore->showMaximized();
+    }
+    // A size that is not one (negative, empty) keeps the view's own.
+    if (size.width() > 0 && size.height() > 0)
+        window->resize(size.boundedTo(QSize(16384, 16384)));
+    window->move(fittedPosition(pos, ui->mdiArea->viewport()->rect()));
     if (maximized)
         window->showMaximized();
     if (auto* view = qobject_cast<BufferDisplayWidget*>(window->widget()))
@@ -722,8 +754,10 @@ void ZerlaneViewer::changeEvent(QEvent* event)
 void ZerlaneViewer::closeEvent(QCloseEvent* event)
 {
     QMainWindow::closeEvent(event);
-    if (Settings::autoSaveWorkspace())
+    if (Settings::autoSaveWorkspace()) {
         saveWorkspace();
+        Settings::sync();
+    }
 }
 
 void ZerlaneViewer::saveWorkspace()

@@ -73,12 +73,8 @@ DisplayWidget::DisplayWidget(QWidget* parent) : QOpenGLWidget(parent)
 {
     setMouseTracking(true);
     // A new 3D view looks at the scene from the front preset, as a double click brings it back to.
-    m_camera.x = Settings::cameraTargetX(0);
-    m_camera.y = Settings::cameraTargetY(0);
-    m_camera.z = Settings::cameraTargetZ(0);
-    m_camera.distance = Settings::cameraTargetDistance(0);
-    m_camera.pan = Settings::cameraPan(0);
-    m_camera.tilt = Settings::cameraTilt(0);
+    m_camera.place(Settings::cameraTargetX(0), Settings::cameraTargetY(0), Settings::cameraTargetZ(0),
+                   Settings::cameraTargetDistance(0), Settings::cameraPan(0), Settings::cameraTilt(0));
 }
 
 DisplayWidget::~DisplayWidget()
@@ -142,12 +138,8 @@ void DisplayWidget::setSelecting(bool selecting)
 
 void DisplayWidget::setCamera(float x, float y, float z, float distance, float pan, float tilt)
 {
-    m_camera.x = x;
-    m_camera.y = y;
-    m_camera.z = z;
-    m_camera.distance = distance;
-    m_camera.pan = pan;
-    m_camera.tilt = tilt;
+    // Presets and saved views come from the settings file, which may hold anything.
+    m_camera.place(x, y, z, distance, pan, tilt);
     update();
 }
 

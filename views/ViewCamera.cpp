@@ -56,11 +56,31 @@ void ViewCamera::retarget(const QVector3D& target)
 
 float ViewCamera::wrapAngle(float degrees)
 {
-    while (degrees < 0.f)
+    if (!std::isfinite(degrees))
+        return 0.f;
+    degrees = std::fmod(degrees, 360.f);
+    if (degrees < 0.f)
         degrees += 360.f;
-    while (degrees >= 360.f)
-        degrees -= 360.f;
-    return degrees;
+    return degrees >= 360.f ? 0.f : degrees; // -tiny + 360 rounds to 360
+}
+
+namespace {
+
+float finiteOr(float value, float fallback)
+{
+    return std::isfinite(value) ? value : fallback;
+}
+
+} // namespace
+
+void ViewCamera::place(float tx, float ty, float tz, float eyeDistance, float panDegrees, float tiltDegrees)
+{
+    x = std::clamp(finiteOr(tx, 0.f), -MaximumDistance, MaximumDistance);
+    y = std::clamp(finiteOr(ty, 0.f), -MaximumDistance, MaximumDistance);
+    z = std::clamp(finiteOr(tz, 0.5f), -MaximumDistance, MaximumDistance);
+    distance = std::clamp(finiteOr(eyeDistance, 0.5f), MinimumDistance, MaximumDistance);
+    pan = wrapAngle(panDegrees);
+    tilt = std::clamp(finiteOr(tiltDegrees, 0.f), -90.f, 90.f);
 }
 
 void ViewCamera::rotate(int dx, int dy, int h)

@@ -11,6 +11,8 @@ public:
     static constexpr float DegreesToRadians = 0.017453292f;
     static constexpr float RadiansToDegrees = 57.29578f;
     static constexpr float MinimumDistance = 0.05f;
+    // Farther than any camera sees, in metres or millimetres alike.
+    static constexpr float MaximumDistance = 100000.f;
 
     // Half-height of the frustum at the near plane per unit of near distance, and the fixed 4:3 aspect.
     static constexpr float TopPerNear = 0.5117255f;
@@ -25,6 +27,11 @@ public:
                               float* ey, float* ez);
     static void cameraFromEye(float tx, float ty, float tz, float ex, float ey, float ez, float* distance,
                               float* pan, float* tilt);
+
+    // Takes a camera from outside (presets, a saved workspace) and brings every value into its range:
+    // a value that is not a finite number becomes the front preset's, angles wrap or clamp, the
+    // distance and the target stay within MaximumDistance.
+    void place(float tx, float ty, float tz, float eyeDistance, float panDegrees, float tiltDegrees);
 
     QVector3D eye() const;
     // Moves the target and keeps the eye where it is: distance and angles follow.
