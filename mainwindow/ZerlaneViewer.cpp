@@ -21,6 +21,7 @@
 #include "views/DisplayWidget.h"
 #include "views/MdiArea.h"
 #include "widgets/AboutDialog.h"
+#include "widgets/PreferencesDialog.h"
 #include "widgets/ZRMessageBox.h"
 #include "worker/Settings.h"
 #include "worker/WorkingThread.h"
@@ -98,7 +99,6 @@ ZerlaneViewer::ZerlaneViewer()
     // Parts of the window that later versions fill in say so instead of doing nothing.
     markNotYetAvailable(ui->actionExportCurrentFrame, "Current frame export");
     markNotYetAvailable(ui->actionDepthPalette, "The palette dialog");
-    markNotYetAvailable(ui->actionPreferences, "The preferences dialog");
 
     if (Settings::autoSaveWorkspace())
         restoreWindowGeometry();
@@ -738,6 +738,19 @@ void ZerlaneViewer::on_actionAbout_triggered()
 {
     AboutDialog dialog(this);
     dialog.exec();
+}
+
+void ZerlaneViewer::on_actionPreferences_triggered()
+{
+    PreferencesDialog dialog(this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    // What the samples and paints use is taken from the store once, here; the rest is read where used.
+    m_manager->setDisplayPreferences(Settings::displayPreferences());
+    for (BufferData* buffer : m_manager->displayedBuffers()) {
+        if (BufferDisplayWidget* view = viewOf(buffer))
+            view->displayWidget()->update();
+    }
 }
 
 // ---- Window state and workspace -----------------------------------------------------------------

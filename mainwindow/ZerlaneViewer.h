@@ -94,6 +94,7 @@ private slots:
     void on_actionRegisterDevice_triggered();
     void on_actionControlDevice_triggered();
     void on_actionAbout_triggered();
+    void on_actionPreferences_triggered();
     void on_treeView_doubleClicked(const QModelIndex& index);
     void on_actionViewFront_triggered();
     void on_actionViewLeft_triggered();

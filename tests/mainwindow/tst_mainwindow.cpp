@@ -18,7 +18,11 @@
 #include "worker/PostponedCalls.h"
 #include "worker/WorkingThread.h"
 
+#include <QCheckBox>
+#include <QDialogButtonBox>
 #include <QLabel>
+#include <QPushButton>
+#include <QSpinBox>
 #include <QtTest>
 
 class TestMainWindow : public QObject {
@@ -169,6 +173,25 @@ private slots:
         QVERIFY(qAbs(rates.captured(3).toDouble() - eventRate / 3) <= 1);
         QCOMPARE(statistics.eventRate(nullptr), 0.0);
         node->release();
+    }
+
+    void preferencesTakeEffectWithoutRestarting()
+    {
+        QAction* preferences = action("actionPreferences");
+        QVERIFY(preferences->isEnabled());
+        QTimer::singleShot(0, this, [] {
+            QWidget* dialog = QApplication::activeModalWidget();
+            QVERIFY(dialog && dialog->objectName() == "PreferencesDialog");
+            dialog->findChild<QSpinBox*>("sbDots")->setValue(6);
+            dialog->findChild<QCheckBox*>("cbTriangles")->setChecked(true);
+            dialog->findChild<QCheckBox*>("cbShowAxis")->setChecked(false);
+            dialog->findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Ok)->click();
+        });
+        preferences->trigger();
+        const DisplayPreferences shown = CameraManager::instance()->displayPreferences();
+        QCOMPARE(shown.dotSize, 6);
+        QVERIFY(shown.displayTriangles);
+        QVERIFY(!shown.displayAxis);
     }
 
     void losingTheServiceShowsOneErrorAndQuits()
