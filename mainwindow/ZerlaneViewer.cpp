@@ -13,6 +13,7 @@
 #include "camera/StandardDeviationHistory.h"
 #include "events/CameraManager.h"
 #include "info/CameraInfoContext.h"
+#include "mainwindow/FrameExport.h"
 #include "mainwindow/RecordActions.h"
 #include "tree/DeviceTreeModel.h"
 #include "views/BufferDisplayWidget.h"
@@ -27,6 +28,8 @@
 #include "worker/WorkingThread.h"
 
 #include <QCloseEvent>
+#include <QDateTime>
+#include <QFileDialog>
 #include <QScreen>
 #include <QLabel>
 #include <QMutexLocker>
@@ -66,6 +69,7 @@ ZerlaneViewer::ZerlaneViewer()
     connect(ui->mdiArea, &MdiArea::viewOpened, this, &ZerlaneViewer::onViewOpened);
     connect(ui->mdiArea, &MdiArea::viewClosing, this, &ZerlaneViewer::onViewClosing);
     connect(ui->mdiArea, &MdiArea::recordDropped, this, &ZerlaneViewer::onRecordDropped);
+    connect(ui->mdiArea, &QMdiArea::subWindowActivated, this, &ZerlaneViewer::updateActions);
 
     ui->actionStartNodes->setShortcut(QKeySequence(Qt::Key_F5));
     ui->actionPauseNodes->setShortcut(QKeySequence(Qt::Key_F6));
@@ -97,7 +101,6 @@ ZerlaneViewer::ZerlaneViewer()
     connect(ui->actionTile, &QAction::triggered, ui->mdiArea, &QMdiArea::tileSubWindows);
 
     // Parts of the window that later versions fill in say so instead of doing nothing.
-    markNotYetAvailable(ui->actionExportCurrentFrame, "Current frame export");
     markNotYetAvailable(ui->actionDepthPalette, "The palette dialog");
 
     if (Settings::autoSaveWorkspace())
@@ -232,8 +235,12 @@ BufferDisplayWidget* ZerlaneViewer::viewOf(const BufferData* buffer)
 
 void ZerlaneViewer::updateActions()
 {
-    // The only action that depends on the selection and the streaming state is the current frame
-    // export, which is not available in this version and stays disabled.
+    // A frame can be exported only while paused: then the buffers hold still what the views show.
+    const bool frozenDepthFrame = m_currentNode && m_manager->streamingState() == CameraManager::Frozen
+                                  && m_currentNode->dataReceived && m_currentNode->node.is<Zerlane::DepthNode>();
+    ui->actionExportCurrentFrame->setEnabled(frozenDepthFrame);
+    ui->actionExportPointCloud->setEnabled(frozenDepthFrame);
+    ui->actionExportSnapshot->setEnabled(ui->mdiArea->activeSubWindow() != nullptr);
 }
 
 // ---- The tree's selection -----------------------------------------------------------------------------
@@ -738,6 +745,75 @@ void ZerlaneViewer::on_actionAbout_triggered()
 {
     AboutDialog dialog(this);
     dialog.exec();
+}
+
+// ---- Export ---------------------------------------------------------------------------------------
+
+namespace {
+
+// The warning for an export that did not write its whole file; nothing for one that did.
+void reportExport(FrameExport::Result result, const QString& fileName)
+{
+    switch (result) {
+    case FrameExport::Result::Written:
+        break;
+    case FrameExport::Result::NotCreated:
+        ZRMessageBox::warning(QString("Could not create file %1").arg(fileName));
+        break;
+    case FrameExport::Result::WriteFailed:
+        ZRMessageBox::warning(QString("Could not write all of file %1: the disk may be full").arg(fileName));
+        break;
+    case FrameExport::Result::NothingToWrite:
+        ZRMessageBox::warning("The paused frame holds no floating-point vertices: open a \"Vertices Floating "
+                              "Point\" view, start and pause again");
+        break;
+    }
+}
+
+} // namespace
+
+void ZerlaneViewer::on_actionExportCurrentFrame_triggered()
+{
+    NodeData* node = m_currentNode;
+    if (!node)
+        return;
+    const QString fileName =
+        QFileDialog::getSaveFileName(this, "Export current frame", FrameExport::defaultCsvName(), "CSV files (*.csv)");
+    if (fileName.isEmpty())
+        return;
+    reportExport(FrameExport::writeCsv(fileName, node, m_manager), fileName);
+}
+
+void ZerlaneViewer::on_actionExportPointCloud_triggered()
+{
+    NodeData* node = m_currentNode;
+    if (!node)
+        return;
+    const QString name = QString("cloud-%1.ply").arg(QDateTime::currentDateTime().toString("yyyyMMdd-hhmmss"));
+    const QString fileName = QFileDialog::getSaveFileName(this, "Export point cloud", name, "PLY files (*.ply)");
+    if (fileName.isEmpty())
+        return;
+    const quint32 unmapped = m_manager->displayPreferences().nonMappedUvPixelsColor;
+    reportExport(FrameExport::writePly(fileName, node, m_manager, unmapped), fileName);
+}
+
+void ZerlaneViewer::on_actionExportSnapshot_triggered()
+{
+    QMdiSubWindow* active = ui->mdiArea->activeSubWindow();
+    auto* view = active ? qobject_cast<BufferDisplayWidget*>(active->widget()) : nullptr;
+    if (!view)
+        return;
+    const QImage picture = view->displayWidget()->snapshot();
+    if (picture.isNull()) {
+        ZRMessageBox::warning("The view has no picture to save yet");
+        return;
+    }
+    const QString name = QString("view-%1.png").arg(QDateTime::currentDateTime().toString("yyyyMMdd-hhmmss"));
+    const QString fileName = QFileDialog::getSaveFileName(this, "Save view snapshot", name, "PNG images (*.png)");
+    if (fileName.isEmpty())
+        return;
+    if (!picture.save(fileName, "PNG"))
+        ZRMessageBox::warning(QString("Could not create file %1").arg(fileName));
 }
 
 void ZerlaneViewer::on_actionPreferences_triggered()

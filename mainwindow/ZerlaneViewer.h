@@ -95,6 +95,9 @@ private slots:
     void on_actionControlDevice_triggered();
     void on_actionAbout_triggered();
     void on_actionPreferences_triggered();
+    void on_actionExportCurrentFrame_triggered();
+    void on_actionExportPointCloud_triggered();
+    void on_actionExportSnapshot_triggered();
     void on_treeView_doubleClicked(const QModelIndex& index);
     void on_actionViewFront_triggered();
     void on_actionViewLeft_triggered();

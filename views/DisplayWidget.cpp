@@ -136,6 +136,21 @@ void DisplayWidget::setSelecting(bool selecting)
 
 // ---- camera ----------------------------------------------------------------------------------------
 
+QImage DisplayWidget::snapshot()
+{
+    if (!m_buffer)
+        return QImage();
+    if (m_is3D)
+        return grabFramebuffer();
+    const PaintLock lock(m_context, m_buffer);
+    const DisplayImage& image = m_buffer->image[m_buffer->readSlot()];
+    const bool colour = m_buffer->type == BufferData::Color;
+    const QImage view(image.pixels, int(image.width), int(image.height), int(image.width) * (colour ? 3 : 4),
+                      colour ? QImage::Format_BGR888 : QImage::Format_RGBA8888);
+    QImage picture = view.convertToFormat(QImage::Format_RGB888); // a copy, taken under the lock
+    return m_mirror ? picture.mirrored(true, false) : picture;
+}
+
 void DisplayWidget::setCamera(float x, float y, float z, float distance, float pan, float tilt)
 {
     // Presets and saved views come from the settings file, which may hold anything.

@@ -4,6 +4,7 @@
 #include "views/BufferTexture.h"
 #include "views/ViewCamera.h"
 
+#include <QImage>
 #include <QMetaObject>
 #include <QOpenGLWidget>
 #include <QPoint>
@@ -70,6 +71,10 @@ public:
     void setCamera(float x, float y, float z, float distance, float pan, float tilt);
     void camera(float* x, float* y, float* z, float* distance, float* pan, float* tilt) const;
     void loadCameraPreset(int preset);
+
+    // The picture as the view draws it: a 3D view's framebuffer, or a flat view's image at its own
+    // resolution (not scaled to the widget). Null when there is nothing to show.
+    QImage snapshot();
 
     bool mouseInside() const { return m_mouseInside; }
     QPoint mousePosition() const { return m_mousePosition; }

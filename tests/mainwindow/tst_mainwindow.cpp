@@ -15,6 +15,7 @@
 #include "support/ViewerTestSupport.h"
 #include "tree/DeviceTreeModel.h"
 #include "tree/DeviceTreeView.h"
+#include "views/BufferSubWindow.h"
 #include "worker/PostponedCalls.h"
 #include "worker/WorkingThread.h"
 
@@ -122,6 +123,43 @@ private slots:
         findAction("actionStopNodes")->trigger();
         QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Stopped"; }));
         QCOMPARE(manager->streamingState(), int(CameraManager::Stopped));
+    }
+
+    void exportIsOfferedForAPausedDepthFrameOnly()
+    {
+        DeviceTreeView* view = window->findChild<DeviceTreeView*>("treeView");
+        const QModelIndex depthRow = model->index(0, 0, model->index(0, 0));
+        auto* depth = static_cast<NodeData*>(DeviceTreeModel::recordOf(depthRow));
+        view->setCurrentIndex(depthRow);
+        if (!depth->registered)
+            action("actionRegisterNode")->trigger();
+        QAction* csv = action("actionExportCurrentFrame");
+        QAction* ply = action("actionExportPointCloud");
+        QAction* snapshot = action("actionExportSnapshot");
+        QVERIFY(!csv->isEnabled() && !ply->isEnabled() && !snapshot->isEnabled());
+
+        window->onAddBuffer(depth->buffer(BufferData::Depth), QPoint(0, 0), QSize(320, 300), false, 0, 0, 0.5f, 0.5f, 0, 0);
+        QVERIFY(snapshot->isEnabled()); // a view is active
+        action("actionStartNodes")->trigger();
+        QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Streaming"; }));
+        QVERIFY(!csv->isEnabled()); // streaming: the frame would change under the export
+        QVERIFY(ViewerTest::waitFor([&] {
+            Zerlane::Sim::Control::step();
+            return depth->dataReceived.load();
+        }));
+        action("actionPauseNodes")->trigger();
+        QVERIFY(csv->isEnabled() && ply->isEnabled());
+
+        view->setCurrentIndex(model->index(1, 0, model->index(0, 0))); // the colour node
+        QVERIFY(!csv->isEnabled() && !ply->isEnabled());
+        view->setCurrentIndex(depthRow);
+        QVERIFY(csv->isEnabled());
+
+        action("actionStopNodes")->trigger();
+        QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Stopped"; }));
+        QVERIFY(!csv->isEnabled());
+        depth->buffer(BufferData::Depth)->subWindow->close();
+        QVERIFY(ViewerTest::waitFor([&] { return !snapshot->isEnabled(); }));
     }
 
     void camerasArriveAndLeave()
