@@ -9,6 +9,7 @@
 #include "events/CameraManager.h"
 
 #include <QDateTime>
+#include <QFile>
 
 #include <cstdio>
 #include <cstring>
@@ -167,11 +168,6 @@ FrameExport::Result FrameExport::writeCsv(const QString& fileName, NodeData* nod
 
 namespace {
 
-struct PlyPoint {
-    float x, y, z;
-    uint8_t red, green, blue;
-};
-
 // The colour image a UV map points into, when the camera streams one: its B, G, R pixels copied out
 // under the colour buffer's lock.
 struct ColourImage {
@@ -196,6 +192,29 @@ ColourImage streamingColourImage(NodeData* node, CameraManager* manager)
     return colour;
 }
 
+QByteArray plyHeader(size_t points, bool coloured)
+{
+    QByteArray header = "ply\nformat binary_little_endian 1.0\ncomment written by Zerlane Viewer\n";
+    header += QByteArray("element vertex ") + QByteArray::number(qulonglong(points)) + "\n";
+    header += "property float x\nproperty float y\nproperty float z\n";
+    if (coloured)
+        header += "property uchar red\nproperty uchar green\nproperty uchar blue\n";
+    return header + "end_header\n";
+}
+
+// The colour a UV pair picks from the colour image, as red, green, blue; `unmapped` outside it.
+void writeColour(uint8_t* rgb, float u, float v, const ColourImage& colour, const uint8_t unmapped[3])
+{
+    if (!(u >= 0.f && u < 1.f && v >= 0.f && v < 1.f)) {
+        std::memcpy(rgb, unmapped, 3);
+        return;
+    }
+    const size_t pixel = size_t(v * float(colour.height)) * colour.width + size_t(u * float(colour.width));
+    rgb[0] = colour.bgr[3 * pixel + 2];
+    rgb[1] = colour.bgr[3 * pixel + 1];
+    rgb[2] = colour.bgr[3 * pixel];
+}
+
 } // namespace
 
 FrameExport::Result FrameExport::writePly(const QString& fileName, NodeData* node, CameraManager* manager,
@@ -208,55 +227,48 @@ FrameExport::Result FrameExport::writePly(const QString& fileName, NodeData* nod
     const ColourImage colour = streamingColourImage(node, manager);
     const bool coloured = colour.width > 0 && uvMap && mapEnabled(node, BufferData::UV);
 
-    std::vector<PlyPoint> points;
-    std::vector<float> uv;
-    {
-        const FrozenSlot frozen(vertices, manager);
-        const size_t count = size_t(vertices->width[frozen.slot]) * vertices->height[frozen.slot];
-        if (count == 0)
-            return Result::NothingToWrite;
-        if (coloured && uvMap->width[frozen.slot] * uvMap->height[frozen.slot] == count) {
-            // The depth node's buffers change slots together, so the UV map of the same sample is at
-            // the same slot; the buffers lock is held, its own lock is not needed for a copy.
-            const auto* source = reinterpret_cast<const float*>(uvMap->data[frozen.slot]);
-            uv.assign(source, source + 2 * count);
-        }
-        const auto* xyz = reinterpret_cast<const float*>(vertices->data[frozen.slot]);
-        points.reserve(count);
-        const uint8_t r0 = uint8_t(unmappedColor >> 16), g0 = uint8_t(unmappedColor >> 8), b0 = uint8_t(unmappedColor);
-        for (size_t i = 0; i < count; ++i) {
-            const float z = xyz[3 * i + 2];
-            if (!(z > 0.f))
-                continue; // invalid points carry status codes, not positions
-            PlyPoint point{xyz[3 * i], xyz[3 * i + 1], z, r0, g0, b0};
-            if (!uv.empty()) {
-                const float u = uv[2 * i], v = uv[2 * i + 1];
-                if (u >= 0.f && u < 1.f && v >= 0.f && v < 1.f) {
-                    const size_t pixel = size_t(v * float(colour.height)) * colour.width + size_t(u * float(colour.width));
-                    point.blue = colour.bgr[3 * pixel];
-                    point.green = colour.bgr[3 * pixel + 1];
-                    point.red = colour.bgr[3 * pixel + 2];
-                }
-            }
-            points.push_back(point);
-        }
-    }
-
     File file = openForWriting(fileName, "wb");
     if (!file)
         return Result::NotCreated;
-    QByteArray header = "ply\nformat binary_little_endian 1.0\ncomment written by Zerlane Viewer\n";
-    header += QByteArray("element vertex ") + QByteArray::number(qulonglong(points.size())) + "\n";
-    header += "property float x\nproperty float y\nproperty float z\n";
-    if (!uv.empty())
-        header += "property uchar red\nproperty uchar green\nproperty uchar blue\n";
-    header += "end_header\n";
+    const FrozenSlot frozen(vertices, manager);
+    const size_t count = size_t(vertices->width[frozen.slot]) * vertices->height[frozen.slot];
+    if (count == 0) {
+        file.reset();
+        QFile::remove(fileName);
+        return Result::NothingToWrite;
+    }
+    // The depth node's buffers change slots together: the UV map of the same sample is at the same
+    // slot, and the buffers lock held here keeps it there.
+    const float* uv = nullptr;
+    if (coloured && size_t(uvMap->width[frozen.slot]) * uvMap->height[frozen.slot] == count)
+        uv = reinterpret_cast<const float*>(uvMap->data[frozen.slot]);
+    const auto* xyz = reinterpret_cast<const float*>(vertices->data[frozen.slot]);
+
+    // Invalid points (z <= 0) carry status codes, not positions, and are left out.
+    size_t valid = 0;
+    for (size_t i = 0; i < count; ++i)
+        valid += xyz[3 * i + 2] > 0.f ? 1 : 0;
+    const QByteArray header = plyHeader(valid, uv != nullptr);
     std::fwrite(header.constData(), 1, size_t(header.size()), file.get());
-    // Packed records of 12 or 15 bytes, as the header declares; the machine is little-endian.
-    const size_t recordSize = uv.empty() ? 12 : 15;
-    std::vector<uint8_t> block(recordSize * points.size());
-    for (size_t i = 0; i < points.size(); ++i)
-        std::memcpy(block.data() + i * recordSize, &points[i], recordSize);
-    std::fwrite(block.data(), 1, block.size(), file.get());
+
+    // Packed little-endian records, as the header declares them, written a block at a time.
+    const size_t recordSize = uv ? 15 : 12;
+    constexpr size_t BlockRecords = 4096;
+    std::vector<uint8_t> block(BlockRecords * recordSize);
+    const uint8_t unmapped[3] = {uint8_t(unmappedColor >> 16), uint8_t(unmappedColor >> 8), uint8_t(unmappedColor)};
+    uint8_t* out = block.data();
+    for (size_t i = 0; i < count; ++i) {
+        if (!(xyz[3 * i + 2] > 0.f))
+            continue;
+        std::memcpy(out, xyz + 3 * i, 12);
+        if (uv)
+            writeColour(out + 12, uv[2 * i], uv[2 * i + 1], colour, unmapped);
+        out += recordSize;
+        if (out == block.data() + block.size()) {
+            std::fwrite(block.data(), 1, block.size(), file.get());
+            out = block.data();
+        }
+    }
+    std::fwrite(block.data(), 1, size_t(out - block.data()), file.get());
     return finish(std::move(file));
 }
