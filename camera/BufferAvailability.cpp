@@ -42,6 +42,6 @@ QString BufferAvailability::unavailableText(const BufferData* buffer)
         return sources.colorStreaming() ? "Not streaming" : "Color not streaming";
     }
     if (buffer->type == BufferData::StandardDeviation)
-        return buffer->node->roiX < 0 ? "No ROI selected" : "Not streaming";
+        return buffer->node->roi().isSet() ? "Not streaming" : "No ROI selected";
     return "Not streaming";
 }

@@ -36,8 +36,11 @@ public:
     std::vector<float*> history; // HistoryLength blocks of FrameBytes, not zero-filled
     float* mean;
     float* deviation;
-    uint32_t historyIndex = 0; // next slot of the ring
-    uint32_t historyCount = 0; // frames held
+    // The ring belongs to the event thread; others read its count and ask for it to be emptied.
+    uint32_t historyIndex = 0;                 // next slot of the ring
+    std::atomic<uint32_t> historyCount{0};     // frames held
+    RegionOfInterest historyRoi;               // the region the held frames were cut from
+    std::atomic<bool> historyResetRequested{false};
 
 private:
     mutable QMutex m_mutex;

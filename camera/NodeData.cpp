@@ -39,3 +39,15 @@ void NodeData::decrementActive()
     if (device)
         device->decrementActive();
 }
+
+RegionOfInterest NodeData::roi() const
+{
+    QMutexLocker lock(&m_roiMutex);
+    return m_roi;
+}
+
+void NodeData::setRoi(const RegionOfInterest& roi)
+{
+    QMutexLocker lock(&m_roiMutex);
+    m_roi = roi;
+}

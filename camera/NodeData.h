@@ -1,6 +1,9 @@
 #pragma once
 
 #include "camera/DeviceNodeBufferData.h"
+#include "camera/RegionOfInterest.h"
+
+#include <QMutex>
 
 #include <Zerlane/Node.h>
 #include <Zerlane/Property.h>
@@ -36,6 +39,12 @@ public:
     bool registered = false;
     bool controlled = false;
     std::atomic<bool> dataReceived{false}; // a sample was taken since streaming or the configuration changed
-    // Region of the standard-deviation statistics; roiX < 0 means none is selected.
-    int32_t roiX = -1, roiY = -1, roiWidth = -1, roiHeight = -1;
+    // The region chosen in the node's flat views, shared by all of them and by the standard-deviation
+    // statistics of the event thread: set on the GUI thread, read anywhere, under the node's own lock.
+    RegionOfInterest roi() const;
+    void setRoi(const RegionOfInterest& roi);
+
+private:
+    mutable QMutex m_roiMutex;
+    RegionOfInterest m_roi;
 };

@@ -6,29 +6,39 @@
 #include <cmath>
 #include <cstring>
 
-const float* StandardDeviationHistory::addFrame(DepthNodeData& node, const float* depthMap, int mapWidth, int capacity)
+StandardDeviationHistory::Statistic StandardDeviationHistory::addFrame(DepthNodeData& node, const float* depthMap,
+                                                                      int mapWidth, int mapHeight, int capacity)
 {
+    // A region drawn on a larger image than this one is cut to it, never read past the map.
+    const RegionOfInterest roi = node.roi().clampedTo(mapWidth, mapHeight);
+    if (!roi.isSet())
+        return {};
+    if (node.historyResetRequested.exchange(false) || roi != node.historyRoi) {
+        node.historyCount = 0;
+        node.historyIndex = 0;
+        node.historyRoi = roi;
+    }
     const uint32_t n = uint32_t(std::clamp(capacity, 1, DepthNodeData::HistoryLength));
     // A smaller capacity takes effect now: the count is clamped and the write index wraps.
-    node.historyCount = std::min(node.historyCount, n);
+    uint32_t count = std::min(node.historyCount.load(), n);
     if (node.historyIndex >= n)
         node.historyIndex = 0;
 
-    const int w = node.roiWidth, h = node.roiHeight;
     float* slot = node.history[node.historyIndex];
-    for (int r = 0; r < h; ++r)
-        std::memcpy(slot + size_t(r) * w, depthMap + size_t(node.roiY + r) * mapWidth + node.roiX, size_t(w) * sizeof(float));
-    node.historyCount = std::min(node.historyCount + 1, n);
+    for (int r = 0; r < roi.height; ++r)
+        std::memcpy(slot + size_t(r) * roi.width, depthMap + size_t(roi.y + r) * mapWidth + roi.x,
+                    size_t(roi.width) * sizeof(float));
+    count = std::min(count + 1, n);
+    node.historyCount = count;
     node.historyIndex = node.historyIndex + 1 >= n ? 0 : node.historyIndex + 1;
 
-    compute(node.history.data(), node.historyCount, uint32_t(w * h), node.mean, node.deviation);
-    return node.deviation;
+    compute(node.history.data(), count, uint32_t(roi.width * roi.height), node.mean, node.deviation);
+    return {node.deviation, roi};
 }
 
-void StandardDeviationHistory::clear(DepthNodeData& node)
+void StandardDeviationHistory::requestReset(DepthNodeData& node)
 {
-    node.historyCount = 0;
-    node.historyIndex = 0;
+    node.historyResetRequested = true;
 }
 
 void StandardDeviationHistory::compute(const float* const* frames, uint32_t count, uint32_t pixels, float* mean,

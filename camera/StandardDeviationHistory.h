@@ -1,5 +1,7 @@
 #pragma once
 
+#include "camera/RegionOfInterest.h"
+
 #include <cstdint>
 
 class DepthNodeData;
@@ -9,11 +11,18 @@ class DepthNodeData;
 // precision sums, and the root of the summed squared deviations divided by (count - 1).
 class StandardDeviationHistory {
 public:
-    // Copies the ROI of a depth map (mapWidth floats a row) into the ring of at most `capacity` frames,
-    // recomputes the statistic and returns it (roiWidth x roiHeight floats, the node's deviation block).
-    static const float* addFrame(DepthNodeData& node, const float* depthMap, int mapWidth, int capacity);
-    // Empties the ring (a new ROI is being drawn).
-    static void clear(DepthNodeData& node);
+    struct Statistic {
+        const float* deviation = nullptr; // roi.width x roi.height floats; null when no region applies
+        RegionOfInterest roi;             // the node's region as it fits the map
+    };
+
+    // Event thread. Copies the node's region (clamped to the map) of a floating-point depth map into
+    // the ring of at most `capacity` frames and recomputes the statistic. The ring starts over when
+    // the region differs from the one its frames were cut from, or when a reset was asked for.
+    static Statistic addFrame(DepthNodeData& node, const float* depthMap, int mapWidth, int mapHeight, int capacity);
+    // Any thread: the ring is emptied before the next frame is added (a new region is being drawn, the
+    // configuration or the streaming changed).
+    static void requestReset(DepthNodeData& node);
     // The statistic over `count` slots of `pixels` floats each.
     static void compute(const float* const* frames, uint32_t count, uint32_t pixels, float* mean, float* result);
 };

@@ -8,6 +8,7 @@
 #include "camera/ColorNodeData.h"
 #include "camera/DepthNodeData.h"
 #include "camera/DeviceData.h"
+#include "camera/StandardDeviationHistory.h"
 #include "events/CameraManagerListener.h"
 #include "events/ZerlaneThread.h"
 #include "palettes/DepthPalette.h"
@@ -590,6 +591,8 @@ namespace {
 void markConfigurationChanged(NodeData* node)
 {
     node->dataReceived = false;
+    if (node->node.is<Zerlane::DepthNode>())
+        StandardDeviationHistory::requestReset(*static_cast<DepthNodeData*>(node));
     for (BufferData* buffer : node->buffers) {
         buffer->resetPending[0] = true;
         buffer->resetPending[1] = true;

@@ -100,16 +100,21 @@ void SampleIntake::fillDepthBuffer(BufferData* buffer, int slot, const Zerlane::
                                    const DepthFrame& frame)
 {
     DepthNodeData& node = *frame.node;
-    const bool deviation = buffer->type == BufferData::StandardDeviation;
-    const uint32_t w = deviation ? uint32_t(std::max(0, node.roiWidth)) : uint32_t(frame.width);
-    const uint32_t h = deviation ? uint32_t(std::max(0, node.roiHeight)) : uint32_t(frame.height);
+    uint32_t w = uint32_t(frame.width);
+    uint32_t h = uint32_t(frame.height);
+    DepthSource source = depthSourceFor(buffer->type, sample);
+    if (buffer->type == BufferData::StandardDeviation) {
+        // The statistic of the node's region, as large as the region that fits this frame.
+        StandardDeviationHistory::Statistic statistic;
+        if (sample.depthMapFloatingPoint.data())
+            statistic = StandardDeviationHistory::addFrame(node, sample.depthMapFloatingPoint.data(), frame.width,
+                                                           frame.height, frame.sdNumFrames);
+        w = uint32_t(std::max(0, statistic.roi.width));
+        h = uint32_t(std::max(0, statistic.roi.height));
+        source = {statistic.deviation, size_t(w) * h * 4};
+    }
     buffer->width[slot] = w;
     buffer->height[slot] = h;
-
-    DepthSource source = depthSourceFor(buffer->type, sample);
-    if (deviation && node.roiX >= 0 && sample.depthMapFloatingPoint.data())
-        source = {StandardDeviationHistory::addFrame(node, sample.depthMapFloatingPoint.data(), frame.width, frame.sdNumFrames),
-                  size_t(w) * h * 4};
     buffer->noData = source.data == nullptr;
     if (!source.data || w == 0 || h == 0)
         return;

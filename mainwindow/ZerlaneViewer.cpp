@@ -663,7 +663,7 @@ void ZerlaneViewer::onStreamingStopped(bool ok)
     for (NodeData* node : m_manager->nodes()) {
         node->dataReceived = false;
         if (node->node.is<Zerlane::DepthNode>())
-            StandardDeviationHistory::clear(*static_cast<DepthNodeData*>(node));
+            StandardDeviationHistory::requestReset(*static_cast<DepthNodeData*>(node));
     }
     setStatusIcon(m_stoppedPixmap, "Stopped");
     updateActions();

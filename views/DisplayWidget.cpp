@@ -305,7 +305,7 @@ bool DisplayWidget::hasPixelData(const BufferData* buffer, int slot)
 
 DisplayWidget::SlotState DisplayWidget::slotState(int slot) const
 {
-    if (m_buffer->type == BufferData::StandardDeviation && m_buffer->node && m_buffer->node->roiX < 0)
+    if (m_buffer->type == BufferData::StandardDeviation && m_buffer->node && !m_buffer->node->roi().isSet())
         return SlotState::Idle;
     if (!hasPixelData(m_buffer, slot))
         return SlotState::NoData;
@@ -388,7 +388,7 @@ void DisplayWidget::drawOverlays(int slot, const DisplayPreferences& preferences
     if (m_buffer->type == BufferData::Audio)
         ImageRenderer::drawMarker(int((qint64(m_buffer->audioMarker[slot]) * m_width) / AudioWaveform::ImageWidth),
                                   m_height);
-    else if (m_buffer->type != BufferData::StandardDeviation && m_buffer->node && m_buffer->node->roiX >= 0)
+    else if (m_buffer->type != BufferData::StandardDeviation && m_buffer->node && m_buffer->node->roi().isSet())
         drawRoi(slot, preferences.roiColor);
     if (m_mouseInside && !m_selecting)
         ImageRenderer::drawCrossHair(m_mousePosition, m_width, m_height);
@@ -397,12 +397,11 @@ void DisplayWidget::drawOverlays(int slot, const DisplayPreferences& preferences
 
 void DisplayWidget::drawRoi(int slot, quint32 colour)
 {
-    const NodeData* node = m_buffer->node;
+    const RegionOfInterest roi = m_buffer->node->roi();
     const QSize widget(m_width, m_height);
     const QSize image(int(m_buffer->image[slot].width), int(m_buffer->image[slot].height));
-    const QPoint a = imageToWidget(QPoint(node->roiX, node->roiY), widget, image, m_mirror);
-    const QPoint b =
-        imageToWidget(QPoint(node->roiX + node->roiWidth, node->roiY + node->roiHeight), widget, image, m_mirror);
+    const QPoint a = imageToWidget(QPoint(roi.x, roi.y), widget, image, m_mirror);
+    const QPoint b = imageToWidget(QPoint(roi.x + roi.width, roi.y + roi.height), widget, image, m_mirror);
     ImageRenderer::drawRoi(a, b, colour);
 }
 

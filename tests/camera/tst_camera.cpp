@@ -73,8 +73,7 @@ void TstCamera::freshRecordsAndReferenceCounts()
     auto* node = new NodeData(Zerlane::Node(), device, {});
     QCOMPARE(node->kind(), uint32_t(DeviceNodeBufferData::KindNode));
     QVERIFY(!node->registered && !node->controlled && !node->dataReceived);
-    QCOMPARE(node->roiX, -1);
-    QCOMPARE(node->roiHeight, -1);
+    QVERIFY(!node->roi().isSet());
     QCOMPARE(node->sampleCount.load(), 0);
 
     // An extra reference keeps the record alive through one release.
@@ -225,7 +224,7 @@ void TstCamera::availabilityOfEveryStream()
 
     // The deviation view first asks for a region.
     QCOMPARE(BufferAvailability::unavailableText(deviation), QString("No ROI selected"));
-    depth->roiX = 10;
+    depth->setRoi({10, 0, 1, 1});
     QCOMPARE(BufferAvailability::unavailableText(deviation), QString("Not streaming"));
 
     // The UV map needs the colour node, the floating-point vertices and a streaming colour image,

@@ -494,10 +494,7 @@ private slots:
         QVERIFY2(shownAt >= 0 && shownAt < 10000000, qPrintable(QString::number(shownAt)));
 
         // ROI of image pixels (0,0)..(1,1): filled at alpha 0.2, outlined at alpha 1.
-        records.colour->roiX = 0;
-        records.colour->roiY = 0;
-        records.colour->roiWidth = 2;
-        records.colour->roiHeight = 2;
+        records.colour->setRoi({0, 0, 2, 2});
         QImage frame = grab(w);
         QVERIFY2(near(at(frame, 80, 60), int(0.8 * 0xF0), int(0.8 * 0x80), int(0.8 * 0x10 + 0.2 * 255), 2),
                  qPrintable(describe(at(frame, 80, 60))));
@@ -508,7 +505,7 @@ private slots:
         QVERIFY(outlined);
 
         // Without an ROI the picture is clean again.
-        records.colour->roiX = -1;
+        records.colour->setRoi({});
         QVERIFY(isFilled(grab(w), 0xF0, 0x80, 0x10, 0));
 
         // The cross-hair inverts what lies under it, and is hidden while an ROI is being drawn.
@@ -539,7 +536,7 @@ private slots:
         w.setBuffer(&deviation);
         show(w, QSize(320, 240));
         QVERIFY(isFilled(grab(w), 128, 128, 128, 1)); // no ROI selected
-        records.depth->roiX = 0;
+        records.depth->setRoi({0, 0, 8, 8});
         QVERIFY(isFilled(grab(w), 255, 0, 0)); // ROI, but no statistics yet
         completeSlot(&deviation, 0, 8, 8);
         std::fill_n(reinterpret_cast<quint32*>(deviation.image[0].pixels), 64, 0xFF00FF00u);
@@ -560,8 +557,7 @@ private slots:
         sound.width[0] = sound.height[0] = 0; // the audio writer leaves the frame size unset
         std::fill_n(reinterpret_cast<quint32*>(sound.image[0].pixels), 1280 * 256, 0xFF000040u);
         sound.audioMarker[0] = 640;
-        records.depth->roiX = 0; // not drawn over audio
-        records.depth->roiWidth = records.depth->roiHeight = 100;
+        records.depth->setRoi({0, 0, 100, 100}); // not drawn over audio
         DisplayWidget w;
         w.setContext(&own);
         w.setBuffer(&sound);
