@@ -48,20 +48,28 @@ void StandardDeviationHistory::compute(const float* const* frames, uint32_t coun
         std::fill(result, result + pixels, 0.f);
         return;
     }
+    // Slot by slot over all pixels, so that every pass reads each frame in order; each pixel's sums
+    // still add its values in slot order, in single precision, as the per-pixel formula does.
     const float inverseCount = 1.f / float(count);
     const double inverseDegrees = double(1.f / float(count - 1));
-    for (uint32_t p = 0; p < pixels; ++p) {
-        float sum = 0.f;
-        for (uint32_t s = 0; s < count; ++s)
-            sum += frames[s][p];
-        mean[p] = sum * inverseCount;
+    float* const sums = mean;
+    std::fill(sums, sums + pixels, 0.f);
+    for (uint32_t s = 0; s < count; ++s) {
+        const float* __restrict frame = frames[s];
+        for (uint32_t p = 0; p < pixels; ++p)
+            sums[p] += frame[p];
     }
-    for (uint32_t p = 0; p < pixels; ++p) {
-        float squares = 0.f;
-        for (uint32_t s = 0; s < count; ++s) {
-            const float d = frames[s][p] - mean[p];
-            squares += d * d;
+    for (uint32_t p = 0; p < pixels; ++p)
+        mean[p] = sums[p] * inverseCount;
+    float* const squares = result;
+    std::fill(squares, squares + pixels, 0.f);
+    for (uint32_t s = 0; s < count; ++s) {
+        const float* __restrict frame = frames[s];
+        for (uint32_t p = 0; p < pixels; ++p) {
+            const float d = frame[p] - mean[p];
+            squares[p] += d * d;
         }
-        result[p] = float(std::sqrt(double(squares)) * inverseDegrees);
     }
+    for (uint32_t p = 0; p < pixels; ++p)
+        result[p] = float(std::sqrt(double(squares[p])) * inverseDegrees);
 }

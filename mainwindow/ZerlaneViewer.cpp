@@ -9,6 +9,7 @@
 #include "camera/BufferData.h"
 #include "camera/DepthNodeData.h"
 #include "camera/DeviceData.h"
+#include "camera/DeviationSummary.h"
 #include "camera/RecordUtils.h"
 #include "camera/StandardDeviationHistory.h"
 #include "events/CameraManager.h"
@@ -21,6 +22,7 @@
 #include "views/CameraViewContext.h"
 #include "views/DisplayWidget.h"
 #include "views/MdiArea.h"
+#include "views/StandardDeviationDisplayWidget.h"
 #include "widgets/AboutDialog.h"
 #include "widgets/PreferencesDialog.h"
 #include "widgets/ZRMessageBox.h"
@@ -315,8 +317,10 @@ void ZerlaneViewer::on_actionControlDevice_triggered()
 void ZerlaneViewer::onViewOpened(BufferData* buffer, bool rebuilt)
 {
     m_manager->addDisplayedBuffer(buffer);
-    if (BufferDisplayWidget* view = viewOf(buffer))
+    if (BufferDisplayWidget* view = viewOf(buffer)) {
         view->displayWidget()->setMirror(mirrorView());
+        connect(view, &BufferDisplayWidget::regionChanged, this, &ZerlaneViewer::showRegionOf, Qt::UniqueConnection);
+    }
     m_treeModel->refreshRecord(buffer);
     if (!rebuilt)
         m_manager->switchMapOn(buffer);
@@ -569,6 +573,31 @@ void ZerlaneViewer::onSetStatusMessage(QString message, int timeout)
     ui->statusbar->showMessage(message, timeout);
 }
 
+void ZerlaneViewer::showRegionOf(NodeData* node)
+{
+    for (BufferData* buffer : node->buffers) {
+        if (BufferDisplayWidget* view = viewOf(buffer)) {
+            view->clearRepaintCount();
+            view->repaintDisplay();
+        }
+    }
+}
+
+void ZerlaneViewer::showDeviationSummary(BufferData* buffer, StandardDeviationDisplayWidget* view)
+{
+    DeviationSummary summary;
+    {
+        QMutexLocker lock(&buffer->dataMutex);
+        const int slot = buffer->readSlot();
+        summary = DeviationSummary::of(reinterpret_cast<const float*>(buffer->data[slot]),
+                                       size_t(buffer->width[slot]) * buffer->height[slot]);
+    }
+    const auto* node = static_cast<const DepthNodeData*>(buffer->node);
+    view->showSummary(summary, node->historyCount.load(), unsigned(m_manager->displayPreferences().sdNumFrames));
+    view->showRegion(summary.empty ? RegionOfInterest() : node->roi());
+    view->refresh();
+}
+
 void ZerlaneViewer::onTimeOut()
 {
     m_statistics.closeInterval(m_manager->nodes());
@@ -576,6 +605,8 @@ void ZerlaneViewer::onTimeOut()
         BufferDisplayWidget* view = viewOf(buffer);
         if (!view)
             continue;
+        if (auto* deviation = qobject_cast<StandardDeviationDisplayWidget*>(view))
+            showDeviationSummary(buffer, deviation);
         const QString line = m_statistics.takeViewLine(buffer, view->displayWidget()->repaintCount());
         view->clearRepaintCount();
         const bool nodeListed = buffer->node && m_manager->findNode(buffer->node->node);

@@ -21,6 +21,7 @@ class CameraManager;
 class DeviceTreeModel;
 class QLabel;
 class RecordActions;
+class StandardDeviationDisplayWidget;
 class InfoContext;
 class InfoWidget;
 class ViewContext;
@@ -139,6 +140,9 @@ private:
     void applyPresetToActiveView(int preset);
     void showFrame(BufferData* buffer, BufferDisplayWidget* view);
     void rebuildViewsOf(NodeData* node);
+    // Every open view of the node shows its new region.
+    void showRegionOf(NodeData* node);
+    void showDeviationSummary(BufferData* buffer, StandardDeviationDisplayWidget* view);
     // Gives the info pane the width its page needs, taken from the view area.
     void widenInfoPane(int width);
     // A node's configuration property changed: the camera's configuration is stored, without applying

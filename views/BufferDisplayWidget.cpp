@@ -5,12 +5,15 @@
 #include "Zerlane/Zerlane.h"
 #include "app/shared/TextUtils.h"
 #include "camera/BufferData.h"
+#include "camera/DepthNodeData.h"
 #include "camera/NodeData.h"
+#include "camera/StandardDeviationHistory.h"
 #include "views/DisplayWidget.h"
 #include "views/PixelReadout.h"
 #include "widgets/TextColor.h"
 #include "worker/Settings.h"
 
+#include <QMouseEvent>
 #include <QMutexLocker>
 
 BufferDisplayWidget::BufferDisplayWidget(QWidget* parent)
@@ -189,6 +192,11 @@ void BufferDisplayWidget::updateReadout()
         setInteractiveInfo(QString(), black);
         return;
     }
+    if (display->selecting() && m_buffer->node) {
+        const RegionOfInterest roi = m_buffer->node->roi();
+        setInteractiveInfo(PixelReadout::roiSelectionText(roi.x, roi.y, roi.width, roi.height), black);
+        return;
+    }
     QMutexLocker lock(&m_buffer->dataMutex);
     const int slot = m_buffer->readSlot();
     const QSize image(int(m_buffer->width[slot]), int(m_buffer->height[slot]));
@@ -196,4 +204,93 @@ void BufferDisplayWidget::updateReadout()
         return;
     const QPoint pixel = DisplayWidget::widgetToImage(display->mousePosition(), display->size(), image, display->mirror());
     setInteractiveInfo(PixelReadout::pixelText(m_buffer, slot, pixel.x(), pixel.y()), black);
+}
+
+// ---- Region of interest ----------------------------------------------------------------------------
+
+bool BufferDisplayWidget::selectsRegions() const
+{
+    return m_buffer && m_buffer->node && !ui->displayWidget->is3D() && m_buffer->type != BufferData::Audio
+           && m_buffer->type != BufferData::StandardDeviation;
+}
+
+QPoint BufferDisplayWidget::imagePixelAt(QPointF position, QSize* image) const
+{
+    {
+        QMutexLocker lock(&m_buffer->dataMutex);
+        const int slot = m_buffer->readSlot();
+        *image = QSize(int(m_buffer->width[slot]), int(m_buffer->height[slot]));
+    }
+    DisplayWidget* display = ui->displayWidget;
+    const QPoint inDisplay = display->mapFrom(this, position.toPoint());
+    return DisplayWidget::widgetToImage(inDisplay, display->size(), *image, display->mirror());
+}
+
+void BufferDisplayWidget::markStatisticsChanged(bool emptyRing)
+{
+    NodeData* node = m_buffer->node;
+    if (!node->node.is<Zerlane::DepthNode>())
+        return;
+    if (BufferData* deviation = node->buffer(BufferData::StandardDeviation)) {
+        deviation->shown = true;
+        deviation->displayed = true;
+    }
+    if (emptyRing)
+        StandardDeviationHistory::requestReset(*static_cast<DepthNodeData*>(node));
+}
+
+void BufferDisplayWidget::mousePressEvent(QMouseEvent* event)
+{
+    if (!selectsRegions() || event->button() != Qt::LeftButton) {
+        BaseBufferDisplayWidget::mousePressEvent(event);
+        return;
+    }
+    QSize image;
+    m_regionStart = imagePixelAt(event->position(), &image);
+    ui->displayWidget->setSelecting(true);
+    markStatisticsChanged(true);
+    updateReadout();
+}
+
+void BufferDisplayWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    DisplayWidget* display = ui->displayWidget;
+    if (!display->selecting() || !selectsRegions()) {
+        BaseBufferDisplayWidget::mouseMoveEvent(event);
+        return;
+    }
+    QSize image;
+    const QPoint pixel = imagePixelAt(event->position(), &image);
+    if (image.isEmpty())
+        return;
+    // Dragged past an edge, the region ends at the last row or column.
+    const int x = std::clamp(pixel.x(), 0, image.width() - 1);
+    const int y = std::clamp(pixel.y(), 0, image.height() - 1);
+    m_buffer->node->setRoi(RegionOfInterest::spanning(m_regionStart.x(), m_regionStart.y(), x, y));
+    markStatisticsChanged(false);
+    emit regionChanged(m_buffer->node);
+    updateReadout();
+}
+
+void BufferDisplayWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (!ui->displayWidget->selecting()) {
+        BaseBufferDisplayWidget::mouseReleaseEvent(event);
+        return;
+    }
+    ui->displayWidget->setSelecting(false);
+    updateReadout();
+}
+
+void BufferDisplayWidget::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    // A 3D view has restored its camera already; it clears the region like a flat one.
+    const bool clears = m_buffer && m_buffer->node && m_buffer->type != BufferData::Audio
+                        && m_buffer->type != BufferData::StandardDeviation;
+    if (!clears) {
+        BaseBufferDisplayWidget::mouseDoubleClickEvent(event);
+        return;
+    }
+    m_buffer->node->setRoi(RegionOfInterest());
+    emit regionChanged(m_buffer->node);
 }

@@ -5,6 +5,8 @@
 #include <memory>
 
 class DisplayWidget;
+class NodeData;
+class QMouseEvent;
 class ViewContext;
 namespace Ui {
 class BufferDisplayWidgetClass;
@@ -52,9 +54,27 @@ public:
 
     static QString accelerationText(float x, float y, float z);
 
+signals:
+    // The user changed the region of interest of the view's node: its other views show it too.
+    void regionChanged(NodeData* node);
+
+protected:
+    // Region selection in flat views: drag out a rectangle of image pixels, double-click to clear it.
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
 private:
     void updateReadout();
+    // Flat views of images (not audio, not the statistics) choose regions.
+    bool selectsRegions() const;
+    // The image pixel under a point of this widget (mirror followed), not clamped to the image.
+    QPoint imagePixelAt(QPointF position, QSize* image) const;
+    // The statistics start over for a region being drawn, and their view redraws from scratch.
+    void markStatisticsChanged(bool emptyRing);
 
     std::unique_ptr<Ui::BufferDisplayWidgetClass> ui;
     BufferData* m_buffer = nullptr;
+    QPoint m_regionStart; // image pixel where the region drag began
 };

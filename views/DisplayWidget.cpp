@@ -605,6 +605,7 @@ void DisplayWidget::mouseDoubleClickEvent(QMouseEvent* event)
     }
     if (!m_reload)
         loadCameraPreset(Settings::Front);
+    event->ignore(); // the view around also clears the node's region
 }
 
 void DisplayWidget::wheelEvent(QWheelEvent* event)

@@ -7,6 +7,7 @@
 #include "camera/NodeData.h"
 #include "views/BufferDisplayWidget.h"
 #include "views/BufferSubWindow.h"
+#include "views/StandardDeviationDisplayWidget.h"
 
 #include <QBrush>
 #include <QDataStream>
@@ -40,8 +41,8 @@ QString MdiArea::titleFor(BufferData* buffer)
 
 BufferSubWindow* MdiArea::createView(BufferData* buffer, bool rebuilt)
 {
-    // The standard deviation view with its statistics is not built yet: that buffer is shown as an image.
-    auto* view = new BufferDisplayWidget();
+    auto* view = buffer->type == BufferData::StandardDeviation ? new StandardDeviationDisplayWidget()
+                                                                : new BufferDisplayWidget();
     view->setViewContext(m_context);
     auto* window = new BufferSubWindow(buffer, view, titleFor(buffer));
     connect(window, &BufferSubWindow::closing, this, &MdiArea::viewClosing);

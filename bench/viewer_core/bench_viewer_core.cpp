@@ -4,6 +4,7 @@
 //   YUY2 -> B, G, R at 1280x720                   <= 2x libyuv (YUY2 -> ARGB -> RGB24 row by row)
 //   loading ":/palettes/palette.xml"              < 20 ms
 #include "app/shared/YuvConverter.h"
+#include "camera/StandardDeviationHistory.h"
 #include "palettes/DepthColorizer.h"
 #include "palettes/DepthPalette.h"
 
@@ -14,7 +15,9 @@
 #endif
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <map>
 #include <memory>
@@ -231,6 +234,52 @@ BENCHMARK(BM_Yuy2ToBgrVersusLibyuvArgb);
 #endif
 BENCHMARK(BM_LoadBuiltInPalette)->Unit(benchmark::kMillisecond);
 
+// The standard-deviation statistic of a full 640x480 region over 100 frames, against the plainest
+// cache-friendly two-pass loop over the same frames.
+void plainTwoPassDeviation(const float* const* frames, uint32_t count, uint32_t pixels, float* mean, float* result)
+{
+    const float inverseCount = 1.f / float(count);
+    const double inverseDegrees = double(1.f / float(count - 1));
+    std::fill(mean, mean + pixels, 0.f);
+    for (uint32_t s = 0; s < count; ++s)
+        for (uint32_t p = 0; p < pixels; ++p)
+            mean[p] += frames[s][p];
+    for (uint32_t p = 0; p < pixels; ++p)
+        mean[p] *= inverseCount;
+    std::fill(result, result + pixels, 0.f);
+    for (uint32_t s = 0; s < count; ++s)
+        for (uint32_t p = 0; p < pixels; ++p) {
+            const float d = frames[s][p] - mean[p];
+            result[p] += d * d;
+        }
+    for (uint32_t p = 0; p < pixels; ++p)
+        result[p] = float(std::sqrt(double(result[p])) * inverseDegrees);
+}
+
+void BM_DeviationFullFrame(benchmark::State& state)
+{
+    constexpr uint32_t Count = 100;
+    constexpr uint32_t Pixels = 640 * 480;
+    static std::vector<std::vector<float>> blocks(Count, std::vector<float>(Pixels));
+    static std::vector<const float*> frames;
+    if (frames.empty()) {
+        std::mt19937 random(7);
+        std::normal_distribution<float> noise(3.f, 0.01f);
+        for (auto& block : blocks) {
+            for (float& value : block)
+                value = noise(random);
+            frames.push_back(block.data());
+        }
+    }
+    std::vector<float> mean(Pixels), result(Pixels), plainMean(Pixels), plainResult(Pixels);
+    compare(
+        state, "deviation", [&] { plainTwoPassDeviation(frames.data(), Count, Pixels, plainMean.data(), plainResult.data()); },
+        [&] { StandardDeviationHistory::compute(frames.data(), Count, Pixels, mean.data(), result.data()); });
+    if (std::memcmp(result.data(), plainResult.data(), Pixels * sizeof(float)) != 0)
+        state.SkipWithError("the statistic differs from the plain formula");
+}
+BENCHMARK(BM_DeviationFullFrame)->Unit(benchmark::kMillisecond)->Iterations(8);
+
 void printRatio(const char* what, const char* name, double limit)
 {
     const auto found = g_comparisons.find(name);
@@ -257,6 +306,7 @@ int main(int argc, char** argv)
     printRatio("float depth 640x480 via palette", "depthFloat", 1.5);
     printRatio("YUY2->BGR 1280x720 vs libyuv RGB24", "yuy2", 2.0);
     printRatio("YUY2->BGR 1280x720 vs libyuv ARGB", "yuy2Argb", 2.0);
+    printRatio("deviation 640x480 over 100 frames", "deviation", 1.2);
     if (g_bestLoad < 1e300)
         std::printf("%-36s %8.3f ms  (limit 20 ms: %s)\n", "load :/palettes/palette.xml", g_bestLoad / 1e6,
                     g_bestLoad < 20e6 ? "ok" : "OVER");
