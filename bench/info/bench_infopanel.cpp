@@ -3,12 +3,11 @@
 // install a plain form with the same number of label rows in a scroll area of the same size, measured
 // in the same run. The ratio is what the page's camera reads and editors cost over Qt's own layout.
 
-#include "app/ViewerMain.h"
-#include "app/shared/StartupOptions.h"
 #include "camera/NodeData.h"
 #include "events/CameraManager.h"
 #include "info/InfoWidget.h"
 #include "mainwindow/ZerlaneViewer.h"
+#include "support/ProgramBench.h"
 
 #include "Zerlane/Zerlane.h"
 
@@ -28,12 +27,6 @@ namespace {
 
 constexpr int Selections = 100;
 
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
 // Milliseconds of `show` followed by the event processing that lays the new content out.
 template <class Show>
 double timed(Show show)
@@ -43,19 +36,6 @@ double timed(Show show)
     show();
     QCoreApplication::processEvents();
     return double(clock.nsecsElapsed()) / 1e6;
-}
-
-NodeData* waitForDepthNode()
-{
-    for (int i = 0; i < 500; ++i) {
-        for (NodeData* node : CameraManager::instance()->nodes()) {
-            if (node->node.is<Zerlane::DepthNode>())
-                return node;
-        }
-        QCoreApplication::processEvents();
-        QThread::msleep(10);
-    }
-    return nullptr;
 }
 
 int rowCount(QWidget* page)
@@ -77,7 +57,7 @@ void BM_ShowDepthNodePage(benchmark::State& state)
 {
     ZerlaneViewer* window = ZerlaneViewer::instance();
     auto* info = window->findChild<InfoWidget*>("widgetInfo");
-    NodeData* depth = waitForDepthNode();
+    NodeData* depth = ProgramBench::depthNode();
     if (!depth) {
         state.SkipWithError("no depth node");
         return;
@@ -98,9 +78,9 @@ void BM_ShowDepthNodePage(benchmark::State& state)
         }
     }
     state.counters["rows"] = rows;
-    state.counters["page_median_ms"] = median(page);
-    state.counters["baseline_median_ms"] = median(baseline);
-    state.counters["ratio"] = median(page) / median(baseline);
+    state.counters["page_median_ms"] = ProgramBench::median(page);
+    state.counters["baseline_median_ms"] = ProgramBench::median(baseline);
+    state.counters["ratio"] = ProgramBench::median(page) / ProgramBench::median(baseline);
 }
 
 BENCHMARK(BM_ShowDepthNodePage)->Iterations(1)->Unit(benchmark::kMillisecond);
@@ -109,12 +89,5 @@ BENCHMARK(BM_ShowDepthNodePage)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    QApplication application(argc, argv);
-    StartupOptions::setStandalone(true);
-    ViewerMain::startProgram(&application);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    ViewerMain::shutDown();
-    return 0;
+    return ProgramBench::runInProgram(argc, argv);
 }

@@ -2,13 +2,12 @@
 // against opening the same eight views by hand (as a double click does), in the same run, medians of
 // several rounds. The restore's camera calls run on the worker; the window only opens the views.
 
-#include "app/ViewerMain.h"
-#include "app/shared/StartupOptions.h"
 #include "camera/BufferData.h"
 #include "camera/DeviceData.h"
 #include "camera/NodeData.h"
 #include "events/CameraManager.h"
 #include "mainwindow/ZerlaneViewer.h"
+#include "support/ProgramBench.h"
 #include "views/BufferDisplayWidget.h"
 #include "views/BufferSubWindow.h"
 #include "views/MdiArea.h"
@@ -20,8 +19,6 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <algorithm>
@@ -30,34 +27,6 @@
 namespace {
 
 constexpr int Rounds = 7;
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-template <class Predicate>
-void pumpUntil(Predicate done)
-{
-    while (!done()) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        QThread::usleep(200);
-    }
-}
-
-NodeData* depthNode()
-{
-    NodeData* found = nullptr;
-    pumpUntil([&] {
-        for (NodeData* node : CameraManager::instance()->nodes()) {
-            if (node->node.is<Zerlane::DepthNode>())
-                found = node;
-        }
-        return found != nullptr;
-    });
-    return found;
-}
 
 // One after the other, each shown before the next, as double clicks in the tree open them.
 void openByHand(ZerlaneViewer* window, NodeData* node)
@@ -89,7 +58,7 @@ void closeViews(ZerlaneViewer* window)
 void BM_RestoreEightViews(benchmark::State& state)
 {
     ZerlaneViewer* window = ZerlaneViewer::instance();
-    NodeData* node = depthNode();
+    NodeData* node = ProgramBench::depthNode();
     std::vector<double> byHand;
     std::vector<double> restored;
     for (auto _ : state) {
@@ -104,16 +73,16 @@ void BM_RestoreEightViews(benchmark::State& state)
             clock.restart();
             node->incrementActive(); // as the window does before handing a node to the worker
             emit window->nodeAdded(node);
-            pumpUntil([&] { return node->activeCount() == 0; });
+            ProgramBench::pumpUntil([&] { return node->activeCount() == 0; });
             QCoreApplication::processEvents();
             restored.push_back(double(clock.nsecsElapsed()) / 1e6);
             closeViews(window);
         }
     }
     state.counters["views"] = double(node->buffers.size());
-    state.counters["by_hand_median_ms"] = median(byHand);
-    state.counters["restore_median_ms"] = median(restored);
-    state.counters["ratio"] = median(restored) / median(byHand);
+    state.counters["by_hand_median_ms"] = ProgramBench::median(byHand);
+    state.counters["restore_median_ms"] = ProgramBench::median(restored);
+    state.counters["ratio"] = ProgramBench::median(restored) / ProgramBench::median(byHand);
 }
 
 BENCHMARK(BM_RestoreEightViews)->Iterations(1)->Unit(benchmark::kMillisecond);
@@ -122,16 +91,5 @@ BENCHMARK(BM_RestoreEightViews)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    QApplication application(argc, argv);
-    // Never the user's settings.
-    QTemporaryDir settings;
-    QStandardPaths::setTestModeEnabled(true);
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
-    StartupOptions::setStandalone(true);
-    ViewerMain::startProgram(&application);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    ViewerMain::shutDown();
-    return 0;
+    return ProgramBench::runInProgram(argc, argv);
 }
