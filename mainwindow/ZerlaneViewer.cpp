@@ -13,6 +13,8 @@
 #include "camera/StandardDeviationHistory.h"
 #include "events/CameraManager.h"
 #include "mainwindow/RecordActions.h"
+#include "palettes/DepthPalette.h"
+#include "palettes/DepthPaletteSelectionDialog.h"
 #include "tree/DeviceTreeModel.h"
 #include "views/BufferDisplayWidget.h"
 #include "views/BufferSubWindow.h"
@@ -96,7 +98,6 @@ ZerlaneViewer::ZerlaneViewer()
 
     // Parts of the window that later versions fill in say so instead of doing nothing.
     markNotYetAvailable(ui->actionExportCurrentFrame, "Current frame export");
-    markNotYetAvailable(ui->actionDepthPalette, "The palette dialog");
     markNotYetAvailable(ui->actionPreferences, "The preferences dialog");
 
     if (Settings::autoSaveWorkspace())
@@ -629,6 +630,16 @@ void ZerlaneViewer::onUpdateRecordingInfo(bool isRecording, unsigned int recorde
 void ZerlaneViewer::on_actionQuit_triggered()
 {
     close();
+}
+
+void ZerlaneViewer::on_actionDepthPalette_triggered()
+{
+    // Held while the dialog compares its palettes with it; the views take the new one from the next frame.
+    const std::shared_ptr<const DepthPalette> current = m_manager->palette();
+    DepthPaletteSelectionDialog dialog(current.get(), this);
+    connect(&dialog, &DepthPaletteSelectionDialog::paletteChosen, this,
+            [this](const DepthPalette& palette) { m_manager->setPalette(palette); });
+    dialog.exec();
 }
 
 void ZerlaneViewer::on_actionMirrorView_triggered()

@@ -83,6 +83,7 @@ public slots:
 
 private slots:
     void on_actionQuit_triggered();
+    void on_actionDepthPalette_triggered();
     void on_actionMirrorView_triggered();
     void on_actionStartNodes_triggered();
     void on_actionPauseNodes_triggered();
