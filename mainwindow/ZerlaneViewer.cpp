@@ -12,6 +12,7 @@
 #include "camera/RecordUtils.h"
 #include "camera/StandardDeviationHistory.h"
 #include "events/CameraManager.h"
+#include "mainwindow/QvfRecordingDialog.h"
 #include "mainwindow/RecordActions.h"
 #include "palettes/DepthPalette.h"
 #include "palettes/DepthPaletteSelectionDialog.h"
@@ -29,6 +30,8 @@
 #include <QLabel>
 #include <QMutexLocker>
 #include <QThread>
+
+#include <algorithm>
 
 using Zerlane::Utils::Format;
 
@@ -89,6 +92,7 @@ ZerlaneViewer::ZerlaneViewer()
     ui->toolBar->insertSeparator(ui->actionStartNodes);
 
     m_recordingLabel = new QLabel(" Not Recording ", this);
+    m_recordingLabel->setObjectName("recordingLabel");
     m_recordingLabel->setEnabled(false);
     ui->statusbar->addPermanentWidget(m_recordingLabel);
     ui->actionRecordQvf->setVisible(false);
@@ -603,12 +607,64 @@ void ZerlaneViewer::on_actionStopNodes_triggered()
 
 // ---- Recording ----------------------------------------------------------------------------------
 
-void ZerlaneViewer::onForceStopRecording(QString reason)
+std::vector<BufferData*> ZerlaneViewer::allBuffers() const
+{
+    std::vector<BufferData*> buffers;
+    for (DeviceData* device : m_manager->devices()) {
+        for (NodeData* node : device->nodes)
+            buffers.insert(buffers.end(), node->buffers.begin(), node->buffers.end());
+    }
+    return buffers;
+}
+
+std::vector<BufferData*> ZerlaneViewer::shownBuffers() const
+{
+    std::vector<BufferData*> shown;
+    for (BufferData* buffer : allBuffers()) {
+        if (buffer->subWindow)
+            shown.push_back(buffer);
+    }
+    return shown;
+}
+
+void ZerlaneViewer::markRecordedBuffers(const std::vector<BufferData*>& checked)
+{
+    // Only compared: a record of the dialog's that went meanwhile marks nothing.
+    for (BufferData* buffer : allBuffers())
+        buffer->recorded = std::find(checked.begin(), checked.end(), buffer) != checked.end();
+}
+
+// The action stays disabled until the recording thread confirms the change (onUpdateRecordingInfo).
+void ZerlaneViewer::requestRecordingStop()
 {
     recordingPending = true;
     recording = false;
     ui->actionRecordQvf->setEnabled(false);
     emit stopRecording();
+}
+
+void ZerlaneViewer::on_actionRecordQvf_triggered()
+{
+    if (recording) {
+        requestRecordingStop();
+        return;
+    }
+    QvfRecordingDialog dialog(shownBuffers(), this);
+    if (dialog.exec() != QDialog::Accepted) {
+        if (!recordingPending)
+            ui->actionRecordQvf->setEnabled(true);
+        return;
+    }
+    markRecordedBuffers(dialog.checkedBuffers());
+    recordingPending = true;
+    recording = true;
+    emit startRecording(dialog.fileName());
+    ui->actionRecordQvf->setEnabled(false);
+}
+
+void ZerlaneViewer::onForceStopRecording(QString reason)
+{
+    requestRecordingStop();
     ZRMessageBox::warning(QString("Recording must be stopped: %1").arg(reason));
 }
 

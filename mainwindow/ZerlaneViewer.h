@@ -94,6 +94,7 @@ private slots:
     void on_actionControlDevice_triggered();
     void on_actionAbout_triggered();
     void on_treeView_doubleClicked(const QModelIndex& index);
+    void on_actionRecordQvf_triggered();
     void on_actionViewFront_triggered();
     void on_actionViewLeft_triggered();
     void on_actionViewRight_triggered();
@@ -119,6 +120,12 @@ private:
     void restoreWindowGeometry();
     void saveWorkspace();
     bool mirrorView() const;
+    // Every buffer record, device by device and node by node; those of them with a view.
+    std::vector<BufferData*> allBuffers() const;
+    std::vector<BufferData*> shownBuffers() const;
+    // Marks exactly the given buffers for recording.
+    void markRecordedBuffers(const std::vector<BufferData*>& checked);
+    void requestRecordingStop();
 
     // Records the camera has left: kept, marked disconnected, while in use; otherwise their rows and
     // records go. releaseIfUnused applies the same rule once a use ends (a view closed, a job done):
