@@ -11,6 +11,7 @@
 #include "palettes/DepthColorizer.h"
 #include "palettes/DepthPalette.h"
 #include "palettes/DepthPaletteSelectionDialog.h"
+#include "support/ChildWithText.h"
 #include "support/ViewerTestSupport.h"
 #include "support/WhenModal.h"
 #include "views/BufferSubWindow.h"
@@ -29,24 +30,6 @@
 #include <vector>
 
 namespace {
-
-QPushButton* buttonNamed(QWidget* dialog, const QString& text)
-{
-    for (QPushButton* button : dialog->findChildren<QPushButton*>()) {
-        if (button->text() == text)
-            return button;
-    }
-    return nullptr;
-}
-
-QRadioButton* radioNamed(QWidget* dialog, const QString& text)
-{
-    for (QRadioButton* button : dialog->findChildren<QRadioButton*>()) {
-        if (button->text() == text)
-            return button;
-    }
-    return nullptr;
-}
 
 QPushButton* okOf(QWidget* dialog)
 {
@@ -118,8 +101,8 @@ private slots:
                 if (button->isChecked())
                     checked = button->text();
             }
-            radioNamed(dialog, "Grey scale")->click();
-            buttonNamed(dialog, "Cancel")->click();
+            ViewerTest::childWithText<QRadioButton>(dialog, "Grey scale")->click();
+            ViewerTest::childWithText<QPushButton>(dialog, "Cancel")->click();
         });
         action("actionDepthPalette")->trigger();
         QCOMPARE(listed, (QStringList{"Grey scale", "Inverted grey scale", "Close range", "Normal range", "Mine"}));
@@ -127,8 +110,8 @@ private slots:
         QCOMPARE(manager->palette(), before);
 
         ViewerTest::whenModal([&](QWidget* dialog) {
-            radioNamed(dialog, "Normal range")->click();
-            buttonNamed(dialog, "Ok")->click();
+            ViewerTest::childWithText<QRadioButton>(dialog, "Normal range")->click();
+            ViewerTest::childWithText<QPushButton>(dialog, "Ok")->click();
         });
         action("actionDepthPalette")->trigger();
         std::unique_ptr<DepthPalette> normal(DepthPalette::fromXmlFile(":/palettes/palette.xml"));

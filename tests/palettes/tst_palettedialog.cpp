@@ -2,6 +2,7 @@
 #include "palettes/DepthPalette.h"
 #include "palettes/DepthPaletteSelectionDialog.h"
 #include "palettes/PaletteWidget.h"
+#include "support/ChildWithText.h"
 #include "support/LogRecorder.h"
 
 #include <QPushButton>
@@ -31,15 +32,6 @@ QList<int> checkedOf(const DepthPaletteSelectionDialog& dialog)
             checked << i;
     }
     return checked;
-}
-
-QPushButton* button(const DepthPaletteSelectionDialog& dialog, const QString& text)
-{
-    for (QPushButton* b : dialog.findChildren<QPushButton*>()) {
-        if (b->text() == text)
-            return b;
-    }
-    return nullptr;
 }
 
 const QStringList kBuiltIn{"Grey scale", "Inverted grey scale", "Close range", "Normal range"};
@@ -120,7 +112,7 @@ private slots:
             QSignalSpy chosen(&dialog, &DepthPaletteSelectionDialog::paletteChosen);
             dialog.radioButtons()[3]->click();
             dialog.show();
-            button(dialog, "Cancel")->click();
+            ViewerTest::childWithText<QPushButton>(&dialog, "Cancel")->click();
             QCOMPARE(chosen.size(), 0);
             QVERIFY(!dialog.isVisible());
             QCOMPARE(dialog.result(), int(QDialog::Rejected));
@@ -135,7 +127,7 @@ private slots:
             });
             dialog.radioButtons()[3]->click();
             dialog.show();
-            button(dialog, "Ok")->click();
+            ViewerTest::childWithText<QPushButton>(&dialog, "Ok")->click();
             QCOMPARE(offers, 1);
             QCOMPARE(offered->name(), QByteArray("Normal range"));
             QVERIFY(!dialog.isVisible());
@@ -144,7 +136,7 @@ private slots:
             // The current palette checked: offered again, which changes nothing.
             DepthPaletteSelectionDialog dialog(close.get());
             QSignalSpy chosen(&dialog, &DepthPaletteSelectionDialog::paletteChosen);
-            button(dialog, "Ok")->click();
+            ViewerTest::childWithText<QPushButton>(&dialog, "Ok")->click();
             QCOMPARE(chosen.size(), 1);
         }
     }
