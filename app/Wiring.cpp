@@ -63,7 +63,9 @@ QList<QMetaObject::Connection> Wiring::connectAll(QApplication* application, Zer
         {window, SIGNAL(stopRecording()), recorder, SLOT(onStopRecording()), Qt::AutoConnection},
         {window, SIGNAL(newRecordedFrame()), recorder, SLOT(onNewFrame()), Qt::AutoConnection},
         {window, SIGNAL(newRecordedFrame()), recorder, SLOT(onNewFrameIncTotalFrameCount()), Qt::DirectConnection},
-        {recorder, SIGNAL(forceStopRecording(QString)), window, SLOT(onForceStopRecording(QString)), Qt::AutoConnection},
+        // Emitted on the GUI thread while the window offers a frame under the buffer's lock: queued, so
+        // that the warning box does not run its event loop inside that frame.
+        {recorder, SIGNAL(forceStopRecording(QString)), window, SLOT(onForceStopRecording(QString)), Qt::QueuedConnection},
         {recorder, SIGNAL(updateRecordingInfo(bool, unsigned int, unsigned int)), window,
          SLOT(onUpdateRecordingInfo(bool, unsigned int, unsigned int)), Qt::AutoConnection},
     };

@@ -15,7 +15,10 @@
 #include "events/CameraManager.h"
 #include "info/CameraInfoContext.h"
 #include "mainwindow/FrameExport.h"
+#include "mainwindow/QvfRecordingDialog.h"
 #include "mainwindow/RecordActions.h"
+#include "palettes/DepthPalette.h"
+#include "palettes/DepthPaletteSelectionDialog.h"
 #include "tree/DeviceTreeModel.h"
 #include "views/BufferDisplayWidget.h"
 #include "views/BufferSubWindow.h"
@@ -36,6 +39,8 @@
 #include <QLabel>
 #include <QMutexLocker>
 #include <QThread>
+
+#include <algorithm>
 
 using Zerlane::Utils::Format;
 
@@ -95,15 +100,13 @@ ZerlaneViewer::ZerlaneViewer()
     ui->toolBar->insertSeparator(ui->actionStartNodes);
 
     m_recordingLabel = new QLabel(" Not Recording ", this);
+    m_recordingLabel->setObjectName("recordingLabel");
     m_recordingLabel->setEnabled(false);
     ui->statusbar->addPermanentWidget(m_recordingLabel);
     ui->actionRecordQvf->setVisible(false);
 
     connect(ui->actionCascade, &QAction::triggered, ui->mdiArea, &QMdiArea::cascadeSubWindows);
     connect(ui->actionTile, &QAction::triggered, ui->mdiArea, &QMdiArea::tileSubWindows);
-
-    // Parts of the window that later versions fill in say so instead of doing nothing.
-    markNotYetAvailable(ui->actionDepthPalette, "The palette dialog");
 
     if (Settings::autoSaveWorkspace())
         restoreWindowGeometry();
@@ -122,12 +125,6 @@ ZerlaneViewer::~ZerlaneViewer()
     disconnect(ui->mdiArea, nullptr, this, nullptr);
     if (CameraManager* manager = CameraManager::existingInstance())
         manager->setMainWindow(nullptr);
-}
-
-void ZerlaneViewer::markNotYetAvailable(QAction* action, const QString& what)
-{
-    action->setEnabled(false);
-    action->setToolTip(QString("%1 is not available in this version").arg(what));
 }
 
 namespace {
@@ -720,12 +717,64 @@ void ZerlaneViewer::on_actionStopNodes_triggered()
 
 // ---- Recording ----------------------------------------------------------------------------------
 
-void ZerlaneViewer::onForceStopRecording(QString reason)
+std::vector<BufferData*> ZerlaneViewer::allBuffers() const
+{
+    std::vector<BufferData*> buffers;
+    for (DeviceData* device : m_manager->devices()) {
+        for (NodeData* node : device->nodes)
+            buffers.insert(buffers.end(), node->buffers.begin(), node->buffers.end());
+    }
+    return buffers;
+}
+
+std::vector<BufferData*> ZerlaneViewer::shownBuffers() const
+{
+    std::vector<BufferData*> shown;
+    for (BufferData* buffer : allBuffers()) {
+        if (buffer->subWindow)
+            shown.push_back(buffer);
+    }
+    return shown;
+}
+
+void ZerlaneViewer::markRecordedBuffers(const std::vector<BufferData*>& checked)
+{
+    // Only compared: a record of the dialog's that went meanwhile marks nothing.
+    for (BufferData* buffer : allBuffers())
+        buffer->recorded = std::find(checked.begin(), checked.end(), buffer) != checked.end();
+}
+
+// The action stays disabled until the recording thread confirms the change (onUpdateRecordingInfo).
+void ZerlaneViewer::requestRecordingStop()
 {
     recordingPending = true;
     recording = false;
     ui->actionRecordQvf->setEnabled(false);
     emit stopRecording();
+}
+
+void ZerlaneViewer::on_actionRecordQvf_triggered()
+{
+    if (recording) {
+        requestRecordingStop();
+        return;
+    }
+    QvfRecordingDialog dialog(shownBuffers(), this);
+    if (dialog.exec() != QDialog::Accepted) {
+        if (!recordingPending)
+            ui->actionRecordQvf->setEnabled(true);
+        return;
+    }
+    markRecordedBuffers(dialog.checkedBuffers());
+    recordingPending = true;
+    recording = true;
+    emit startRecording(dialog.fileName());
+    ui->actionRecordQvf->setEnabled(false);
+}
+
+void ZerlaneViewer::onForceStopRecording(QString reason)
+{
+    requestRecordingStop();
     ZRMessageBox::warning(QString("Recording must be stopped: %1").arg(reason));
 }
 
@@ -747,6 +796,16 @@ void ZerlaneViewer::onUpdateRecordingInfo(bool isRecording, unsigned int recorde
 void ZerlaneViewer::on_actionQuit_triggered()
 {
     close();
+}
+
+void ZerlaneViewer::on_actionDepthPalette_triggered()
+{
+    // Held while the dialog compares its palettes with it; the views take the new one from the next frame.
+    const std::shared_ptr<const DepthPalette> current = m_manager->palette();
+    DepthPaletteSelectionDialog dialog(current.get(), this);
+    connect(&dialog, &DepthPaletteSelectionDialog::paletteChosen, this,
+            [this](const DepthPalette& palette) { m_manager->setPalette(palette); });
+    dialog.exec();
 }
 
 void ZerlaneViewer::on_actionMirrorView_triggered()

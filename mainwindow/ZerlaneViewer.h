@@ -86,6 +86,7 @@ public slots:
 
 private slots:
     void on_actionQuit_triggered();
+    void on_actionDepthPalette_triggered();
     void on_actionMirrorView_triggered();
     void on_actionStartNodes_triggered();
     void on_actionPauseNodes_triggered();
@@ -100,6 +101,7 @@ private slots:
     void on_actionExportPointCloud_triggered();
     void on_actionExportSnapshot_triggered();
     void on_treeView_doubleClicked(const QModelIndex& index);
+    void on_actionRecordQvf_triggered();
     void on_actionViewFront_triggered();
     void on_actionViewLeft_triggered();
     void on_actionViewRight_triggered();
@@ -121,10 +123,15 @@ private:
     ZerlaneViewer();
 
     void setStatusIcon(const QPixmap& pixmap, const QString& text);
-    void markNotYetAvailable(QAction* action, const QString& what);
     void restoreWindowGeometry();
     void saveWorkspace();
     bool mirrorView() const;
+    // Every buffer record, device by device and node by node; those of them with a view.
+    std::vector<BufferData*> allBuffers() const;
+    std::vector<BufferData*> shownBuffers() const;
+    // Marks exactly the given buffers for recording.
+    void markRecordedBuffers(const std::vector<BufferData*>& checked);
+    void requestRecordingStop();
 
     // Records the camera has left: kept, marked disconnected, while in use; otherwise their rows and
     // records go. releaseIfUnused applies the same rule once a use ends (a view closed, a job done):

@@ -1,30 +1,17 @@
 #include "palettes/DepthPalette.h"
 
 #include "app/shared/ViewerLog.h"
+#include "palettes/PaletteXmlReader.h"
 
 #include <Zerlane/Utils/Format.h>
 
-#include <QDomDocument>
-#include <QDomElement>
-#include <QFile>
-
 #include <algorithm>
 #include <cstring>
-#include <optional>
+#include <numeric>
 
 namespace {
 
 constexpr quint32 kOpaque = 0xFF000000u;
-
-void logWarning(const char* text, const QString& value)
-{
-    ViewerLog::warning(Zerlane::Utils::Format(text) % value.toStdString());
-}
-
-void logWarning(const char* text, quint32 value)
-{
-    ViewerLog::warning(Zerlane::Utils::Format(text) % value);
-}
 
 // Truncation toward zero, the way every colour conversion of the palettes rounds.
 int truncated(float value)
@@ -32,163 +19,30 @@ int truncated(float value)
     return int(value);
 }
 
-// Start + (k x difference) / span per byte of two 0xRRGGBB values, truncating toward zero.
-quint32 interpolateBytes(quint32 startRrggbb, quint32 endRrggbb, int k, int span)
-{
-    quint32 result = 0;
-    for (int shift = 16; shift >= 0; shift -= 8) {
-        const int a = int((startRrggbb >> shift) & 0xFF);
-        const int b = int((endRrggbb >> shift) & 0xFF);
-        const int value = a + (span == 0 ? 0 : (k * (b - a)) / span);
-        result |= quint32(value & 0xFF) << shift;
+// The entries that no rule has written yet, walked in order: a written entry points past itself, so
+// a later walk jumps over whole written runs (a union-find over the table, with path halving).
+class UnwrittenEntries {
+public:
+    UnwrittenEntries() : m_next(DepthPalette::TableSize + 1)
+    {
+        std::iota(m_next.begin(), m_next.end(), 0u);
     }
-    return result;
-}
 
-quint32 hsvWordFromBytes(quint32 rrggbb)
-{
-    const float hue = float(((rrggbb >> 16) & 0xFF) * 360) / 255.0f;
-    const float saturation = float((rrggbb >> 8) & 0xFF) / 255.0f;
-    const float value = float(rrggbb & 0xFF) / 255.0f;
-    return DepthPalette::hsvToRgb(hue, saturation, value);
-}
-
-// ---- XML loading -------------------------------------------------------------------------------
-
-std::optional<quint32> readIndex(const QDomElement& element, const char* attribute, const char* conversionMessage,
-                                 const char* rangeMessage, quint32 range)
-{
-    const QString text = element.attribute(QString::fromLatin1(attribute));
-    bool ok = false;
-    const quint32 value = text.toUInt(&ok, 10);
-    if (!ok) {
-        logWarning(conversionMessage, text);
-        return std::nullopt;
-    }
-    if (value > range) {
-        logWarning(rangeMessage, value);
-        return std::nullopt;
-    }
-    return value;
-}
-
-std::optional<quint32> readColour(const QDomElement& element, const char* attribute, const char* conversionMessage,
-                                  bool upperCaseInMessage = false)
-{
-    const QString text = element.attribute(QString::fromLatin1(attribute));
-    bool ok = false;
-    const quint32 value = text.toUInt(&ok, 16);
-    if (!ok) {
-        logWarning(conversionMessage, upperCaseInMessage ? text.toUpper() : text);
-        return std::nullopt;
-    }
-    return value;
-}
-
-bool applyGradient(DepthPalette& palette, const QDomElement& element, quint32 range)
-{
-    const auto ai = readIndex(element, "ai", "Conversion error in 'gradient' element's 'ai' attribute : %",
-                              "'gradient' element's 'ai' attribute out of range : %", range);
-    if (!ai)
-        return false;
-    const auto bi = readIndex(element, "bi", "Conversion error in 'gradient' element's 'bi' attribute : %",
-                              "'gradient' element's 'bi' attribute out of range : %", range);
-    if (!bi)
-        return false;
-    const auto ac = readColour(element, "ac", "Conversion error in 'color' element's 'ac' attribute : %");
-    if (!ac)
-        return false;
-    const auto bc = readColour(element, "bc", "Conversion error in 'color' element's 'bc' attribute : %");
-    if (!bc)
-        return false;
-    const bool hsv = element.attribute(QStringLiteral("mode")).toLower() == QLatin1String("hsv");
-    if (*ai <= *bi) {
-        if (hsv)
-            palette.fillHsvGradient(*ai, *bi, *ac, *bc);
-        else
-            palette.fillRgbGradient(*ai, *bi, *ac, *bc);
-    }
-    return true;
-}
-
-bool applyAplat(DepthPalette& palette, const QDomElement& element, quint32 range)
-{
-    const auto ai = readIndex(element, "ai", "Conversion error in 'aplat' element's 'ai' attribute : %",
-                              "'aplat' element's 'ai' attribute out of range : %", range);
-    if (!ai)
-        return false;
-    const auto bi = readIndex(element, "bi", "Conversion error in 'color' element's 'bi' attribute : %",
-                              "'aplat' element's 'bi' attribute out of range : %", range);
-    if (!bi)
-        return false;
-    const auto c = readColour(element, "c", "Conversion error in 'color' element's 'c' attribute : %", true);
-    if (!c)
-        return false;
-    if (*ai <= *bi)
-        palette.fill(*ai, *bi, *c);
-    return true;
-}
-
-bool applyColor(DepthPalette& palette, const QDomElement& element, quint32 range)
-{
-    const auto i = readIndex(element, "i", "Conversion error in 'color' element's 'i' attribute : %",
-                             "'color' element's 'i' attribute out of range : %", range);
-    if (!i)
-        return false;
-    const auto c = readColour(element, "c", "Conversion error in 'color' element 'c' attribute : %");
-    if (!c)
-        return false;
-    palette.fill(*i, *i, *c);
-    return true;
-}
-
-// Applies the child elements in document order; false after the first faulty one.
-bool applyElements(DepthPalette& palette, const QDomNode& root, quint32 range)
-{
-    for (QDomNode child = root.firstChild(); !child.isNull(); child = child.nextSibling()) {
-        if (!child.isElement())
-            continue;
-        const QDomElement element = child.toElement();
-        const QString tag = element.tagName().toLower();
-        bool ok = true;
-        if (tag == QLatin1String("gradient"))
-            ok = applyGradient(palette, element, range);
-        else if (tag == QLatin1String("aplat"))
-            ok = applyAplat(palette, element, range);
-        else if (tag == QLatin1String("color"))
-            ok = applyColor(palette, element, range);
-        if (!ok)
-            return false;
-    }
-    return true;
-}
-
-struct RootAttributes {
-    QByteArray name = QByteArrayLiteral("Unnamed XML Palette");
-    quint32 range = 0;
-};
-
-// Attribute names of the root are compared in lower case.
-std::optional<RootAttributes> readRootAttributes(const QDomNode& root)
-{
-    RootAttributes result;
-    const QDomNamedNodeMap attributes = root.attributes();
-    for (int i = 0; i < attributes.count(); ++i) {
-        const QDomAttr attribute = attributes.item(i).toAttr();
-        const QString name = attribute.name().toLower();
-        if (name == QLatin1String("name")) {
-            result.name = attribute.value().toUtf8();
-        } else if (name == QLatin1String("range")) {
-            bool ok = false;
-            result.range = attribute.value().toUShort(&ok, 10);
-            if (!ok) {
-                logWarning("Conversion error in 'palette' element's 'range' attribute : %", attribute.value());
-                return std::nullopt;
-            }
+    // The first unwritten entry at or after `index`; TableSize when there is none.
+    quint32 from(quint32 index)
+    {
+        while (m_next[index] != index) {
+            m_next[index] = m_next[m_next[index]];
+            index = m_next[index];
         }
+        return index;
     }
-    return result;
-}
+
+    void markWritten(quint32 index) { m_next[index] = index + 1; }
+
+private:
+    std::vector<quint32> m_next;
+};
 
 } // namespace
 
@@ -196,7 +50,7 @@ DepthPalette::DepthPalette(const QByteArray& name, quint32 size)
     : m_name(name), m_size(size), m_colors(new quint32[TableSize])
 {
     if (size > TableSize)
-        logWarning("Requested palette range too big : %", size);
+        ViewerLog::warning(Zerlane::Utils::Format("Requested palette range too big : %") % size);
     std::fill(m_colors, m_colors + TableSize, Untouched);
 }
 
@@ -287,56 +141,44 @@ quint32 DepthPalette::hsvToRgb(float hue, float saturation, float value)
 
 void DepthPalette::fillRgbGradient(quint32 first, quint32 last, quint32 startRrggbb, quint32 endRrggbb)
 {
-    const int span = int(last - first);
-    for (int k = 0; k <= span && first + quint32(k) < TableSize; ++k)
-        m_colors[first + quint32(k)] = fromRrggbb(interpolateBytes(startRrggbb, endRrggbb, k, span)) | kOpaque;
+    write({PaletteRule::RgbGradient, first, last, startRrggbb, endRrggbb});
 }
 
 void DepthPalette::fillHsvGradient(quint32 first, quint32 last, quint32 startRrggbb, quint32 endRrggbb)
 {
-    const int span = int(last - first);
-    for (int k = 0; k <= span && first + quint32(k) < TableSize; ++k)
-        m_colors[first + quint32(k)] = hsvWordFromBytes(interpolateBytes(startRrggbb, endRrggbb, k, span)) | kOpaque;
+    write({PaletteRule::HsvGradient, first, last, startRrggbb, endRrggbb});
 }
 
 void DepthPalette::fill(quint32 first, quint32 last, quint32 rrggbb)
 {
-    const quint32 word = fromRrggbb(rrggbb);
-    for (quint32 i = first; i <= last && i < TableSize; ++i)
-        m_colors[i] = word;
+    write({PaletteRule::Plain, first, last, rrggbb, rrggbb});
+}
+
+void DepthPalette::write(const PaletteRule& rule)
+{
+    const quint32 last = std::min(rule.last, TableSize - 1);
+    for (quint32 i = rule.first; i <= last; ++i)
+        m_colors[i] = rule.entry(i);
+}
+
+void DepthPalette::applyRules(const std::vector<PaletteRule>& rules)
+{
+    // Later rules overwrite earlier ones. Walked from the last, each entry is computed once, by the rule
+    // that has the final say: the work is bounded by the table size plus the number of rules, however
+    // much the rules overlap.
+    UnwrittenEntries unwritten;
+    for (auto rule = rules.rbegin(); rule != rules.rend(); ++rule) {
+        if (rule->first >= TableSize || rule->last < rule->first)
+            continue;
+        const quint32 last = std::min(rule->last, TableSize - 1);
+        for (quint32 i = unwritten.from(rule->first); i <= last; i = unwritten.from(i + 1)) {
+            m_colors[i] = rule->entry(i);
+            unwritten.markWritten(i);
+        }
+    }
 }
 
 DepthPalette* DepthPalette::fromXmlFile(const QByteArray& path)
 {
-    QFile file(QString::fromLocal8Bit(path));
-    if (!file.open(QIODevice::ReadOnly))
-        return nullptr;
-    QDomDocument document;
-    if (!document.setContent(&file))
-        return nullptr;
-
-    const QDomNodeList topLevel = document.childNodes();
-    if (topLevel.count() != 1) {
-        ViewerLog::warning("There should be only one root tag");
-        return nullptr;
-    }
-    const QDomNode root = topLevel.at(0);
-    if (root.nodeName().toLower() != QLatin1String("palette")) {
-        ViewerLog::warning("Root name should be 'palette'");
-        return nullptr;
-    }
-    const std::optional<RootAttributes> attributes = readRootAttributes(root);
-    if (!attributes)
-        return nullptr;
-    if (attributes->range == 0) {
-        ViewerLog::warning("Palette range was not specified");
-        return nullptr;
-    }
-
-    auto* palette = new DepthPalette(attributes->name, attributes->range + 1);
-    if (!applyElements(*palette, root, attributes->range)) {
-        delete palette;
-        return nullptr;
-    }
-    return palette;
+    return PaletteXmlReader::read(path);
 }

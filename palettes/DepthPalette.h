@@ -1,7 +1,11 @@
 #pragma once
 
+#include "palettes/PaletteRule.h"
+
 #include <QByteArray>
 #include <QtGlobal>
+
+#include <vector>
 
 // A named table of 65,536 colour words that turns a 16-bit value into a colour. A word holds red in
 // bits 0-7, green 8-15, blue 16-23 and alpha 24-31, so in memory the table reads as RGBA bytes.
@@ -27,7 +31,8 @@ public:
     // "Grey scale": white at 0 down to black; "Inverted grey scale": black at 0 up to white.
     static DepthPalette* greyScale(quint32 size);
     static DepthPalette* invertedGreyScale(quint32 size);
-    // The palette of an XML file, or nullptr (with a warning on the library log for a malformed file).
+    // The palette of an XML file, or nullptr (with a warning on the library log for a malformed file,
+    // or for one beyond the loader's limits: see PaletteXmlReader).
     static DepthPalette* fromXmlFile(const QByteArray& path);
 
     // Colour word helpers.
@@ -46,8 +51,13 @@ public:
     void fillRgbGradient(quint32 first, quint32 last, quint32 startRrggbb, quint32 endRrggbb);
     void fillHsvGradient(quint32 first, quint32 last, quint32 startRrggbb, quint32 endRrggbb);
     void fill(quint32 first, quint32 last, quint32 rrggbb);
+    // Every entry a rule covers (entries from TableSize on are left out), the rules taken in order so
+    // that later ones overwrite earlier ones; each entry is computed once.
+    void applyRules(const std::vector<PaletteRule>& rules);
 
 private:
+    void write(const PaletteRule& rule);
+
     QByteArray m_name;
     quint32 m_size;
     quint32* m_colors;

@@ -45,7 +45,10 @@ private slots:
             emit window->newRecordedFrame();
         QCOMPARE(forcedStops.size(), 1);
         QCOMPARE(forcedStops.first().first().toString(), QString("too much delay in frames recording"));
-        // The window answers the forced stop with its warning.
+        // The window answers the forced stop with its warning, from its event loop: never inside the frame
+        // being offered, which holds its buffer's lock.
+        QCOMPARE(boxes.texts, QStringList());
+        QVERIFY(ViewerTest::waitFor([&] { return !boxes.texts.isEmpty(); }));
         QCOMPARE(boxes.texts, QStringList{"Recording must be stopped: too much delay in frames recording"});
 
         ViewerMain::shutDown();

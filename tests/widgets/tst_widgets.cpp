@@ -1,5 +1,6 @@
 // Message boxes with postponed calls, wheel-safe editors, the separator and the text colour.
 #include "app/shared/StartupOptions.h"
+#include "support/WhenModal.h"
 #include "worker/InfoWidgetSetWidgetEvent.h"
 #include "widgets/QHLine.h"
 #include "widgets/TextColor.h"
@@ -37,22 +38,6 @@ protected:
         return QObject::event(e);
     }
 };
-
-// Runs `action` once the next modal widget is up (polling, so it works on any platform).
-void whenModal(std::function<void(QWidget*)> action, QWidget* besides = nullptr)
-{
-    auto* timer = new QTimer;
-    timer->setInterval(10);
-    QObject::connect(timer, &QTimer::timeout, [timer, action, besides] {
-        QWidget* modal = QApplication::activeModalWidget();
-        if (!modal || modal == besides)
-            return;
-        timer->stop();
-        timer->deleteLater();
-        action(modal);
-    });
-    timer->start();
-}
 
 void clickOk(QWidget* modal)
 {
@@ -108,7 +93,7 @@ void TstWidgets::warningAndErrorBoxes()
         Receiver panel;
         PostponedCalls::instance()->setWidget(&panel, fakeWidget(1));
         bool seen = false;
-        whenModal([&](QWidget* modal) {
+        ViewerTest::whenModal([&](QWidget* modal) {
             auto* box = qobject_cast<QMessageBox*>(modal);
             QVERIFY(box);
             seen = true;
@@ -134,13 +119,13 @@ void TstWidgets::nestedBoxesRunTheCallsWhenTheLastCloses()
     Receiver panel;
     int keptAfterInner = -1;
     ZRMessageBox outer(QMessageBox::Warning, QStringLiteral("Outer"), QStringLiteral("outer"), QMessageBox::Ok);
-    whenModal([&](QWidget* modal) {
+    ViewerTest::whenModal([&](QWidget* modal) {
         QCOMPARE(modal, &outer);
         PostponedCalls::instance()->setWidget(&panel, fakeWidget(1));
         PostponedCalls::instance()->setWidget(&panel, fakeWidget(2));
         ZRMessageBox inner(QMessageBox::Critical, QStringLiteral("Inner"), QStringLiteral("inner"),
                            QMessageBox::Ok | QMessageBox::Cancel);
-        whenModal(clickOk, &outer);
+        ViewerTest::whenModal(clickOk, &outer);
         QCOMPARE(inner.exec(), int(QMessageBox::Ok));
         keptAfterInner = PostponedCalls::instance()->count();
         QCoreApplication::sendPostedEvents();
@@ -180,7 +165,7 @@ void TstWidgets::questionBoxIgnoresDisabledPopups()
     StartupOptions::setDisablePopups(true);
     ZRMessageBox question(QMessageBox::Question, QStringLiteral("Node configuration changed"), QStringLiteral("?"),
                           QMessageBox::Yes | QMessageBox::No);
-    whenModal([](QWidget* modal) { static_cast<QMessageBox*>(modal)->button(QMessageBox::No)->click(); });
+    ViewerTest::whenModal([](QWidget* modal) { static_cast<QMessageBox*>(modal)->button(QMessageBox::No)->click(); });
     QCOMPARE(question.exec(), int(QMessageBox::No));
 }
 
