@@ -1,5 +1,8 @@
 // The simulated camera's depth renderer on its own, at chosen capture times: determinism for a seed, the
-// statistics of its range noise, and moving objects that leave nothing behind.
+// statistics of its range noise, moving objects that leave nothing behind, and the room of the long-range
+// mode exactly as it always was.
+#include "Checksum.h"
+
 #include "sdk/plugins/DepthRenderer.h"
 #include "sdk/plugins/PinholeCamera.h"
 
@@ -28,6 +31,28 @@ DepthRenderer::Settings vgaSettings()
 std::vector<int16_t> depthOf(const DepthNode::NewSampleReceivedData& s)
 {
     return {s.depthMap.data(), s.depthMap.data() + s.depthMap.size()};
+}
+
+DepthRenderer::Settings allMaps(FrameFormat format, CameraMode mode)
+{
+    DepthRenderer::Settings s;
+    s.configuration.frameFormat = format;
+    s.configuration.frameRate = 30;
+    s.configuration.mode = mode;
+    s.phaseMap = s.confidenceMap = s.depthMap = s.depthMapFloatingPoint = true;
+    s.vertices = s.verticesFloatingPoint = s.uvMap = true;
+    return s;
+}
+
+uint64_t checksumOfAllMaps(const DepthNode::NewSampleReceivedData& s)
+{
+    uint64_t hash = checksum(s.phaseMap.data(), std::size_t(s.phaseMap.size()) * sizeof(int16_t));
+    hash = checksum(s.confidenceMap.data(), std::size_t(s.confidenceMap.size()) * sizeof(int16_t), hash);
+    hash = checksum(s.depthMap.data(), std::size_t(s.depthMap.size()) * sizeof(int16_t), hash);
+    hash = checksum(s.depthMapFloatingPoint.data(), std::size_t(s.depthMapFloatingPoint.size()) * sizeof(float), hash);
+    hash = checksum(s.vertices.data(), std::size_t(s.vertices.size()) * sizeof(Vertex), hash);
+    hash = checksum(s.verticesFloatingPoint.data(), std::size_t(s.verticesFloatingPoint.size()) * sizeof(FPVertex), hash);
+    return checksum(s.uvMap.data(), std::size_t(s.uvMap.size()) * sizeof(UV), hash);
 }
 
 bool isCode(int16_t depth)
@@ -67,6 +92,40 @@ private slots:
             for (int i = 0; i < Pixels; ++i)
                 differing += sa.depthMapFloatingPoint[i] != so.depthMapFloatingPoint[i];
             QVERIFY2(differing > Pixels / 2, qPrintable(QString::number(differing)));
+        }
+    }
+
+    void longRangeSamplesAreAsBefore()
+    {
+        // Every map of the room at a few capture times, one renderer per format (so its caches and its noise
+        // run through the sequence), as the long-range mode rendered them before the close-range scene came:
+        // benchmarks and tests measure this room, so not a single bit of it may change.
+        struct Expected {
+            FrameFormat format;
+            uint64_t time;
+            uint64_t checksum;
+        };
+        const Expected expected[] = {
+            {FRAME_FORMAT_VGA, 0, 0x06252cc12dba3e79ull},
+            {FRAME_FORMAT_VGA, 2'500'000, 0x56eceb55737ffa06ull},
+            {FRAME_FORMAT_VGA, 51'735'000, 0x4fa476a3a25023edull},
+            {FRAME_FORMAT_VGA, 8'000'000, 0x925e6bf79a306c90ull},
+            {FRAME_FORMAT_QVGA, 0, 0x2c68db7993bbeae6ull},
+            {FRAME_FORMAT_QVGA, 2'500'000, 0xdcfed25566205a3aull},
+            {FRAME_FORMAT_QVGA, 51'735'000, 0xef560cfc16c6e6f4ull},
+            {FRAME_FORMAT_QVGA, 8'000'000, 0x1e6e155cc5c33e6aull},
+        };
+        for (FrameFormat format : {FRAME_FORMAT_VGA, FRAME_FORMAT_QVGA}) {
+            DepthRenderer renderer(5);
+            for (const Expected& e : expected) {
+                if (e.format != format)
+                    continue;
+                const uint64_t actual = checksumOfAllMaps(renderer.render(allMaps(format, CAMERA_MODE_LONG_RANGE), e.time));
+                QVERIFY2(actual == e.checksum, qPrintable(QString("%1 at %2 us: checksum %3")
+                                                              .arg(FrameFormat_toString(format).c_str())
+                                                              .arg(e.time)
+                                                              .arg(actual, 16, 16, QChar('0'))));
+            }
         }
     }
 
