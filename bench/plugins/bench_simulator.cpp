@@ -5,7 +5,7 @@
 #include "Zerlane/plugin/SampleSink.h"
 #include "Zerlane/sim/SimulatorControl.h"
 #include "sdk/plugins/DepthRenderer.h"
-#include "sdk/plugins/Scene.h"
+#include "sdk/plugins/RoomScene.h"
 
 #include <benchmark/benchmark.h>
 
@@ -160,7 +160,7 @@ uint64_t busiestCaptureTime()
     int mostPixels = -1;
     for (uint64_t time = 0; time < 120'000'000; time += 5'000) {
         int pixels = 0;
-        for (const sim::ScreenRect& rect : sim::Scene(double(time) * 1e-6).movingRects(camera))
+        for (const sim::ScreenRect& rect : sim::RoomScene(double(time) * 1e-6).movingRects(camera))
             pixels += rect.area();
         if (pixels > mostPixels) {
             mostPixels = pixels;

@@ -10,9 +10,6 @@ namespace Zerlane::sim {
 
 namespace {
 
-constexpr Vec3 LampPosition{0.3f, -1.65f, 2.8f};
-constexpr float Ambient = 0.28f;
-constexpr float LampStrength = 3.4f;
 constexpr float ToneScale = 2048.f; // tone table entries per unit of linear light
 
 uint8_t clampByte(int value)
@@ -63,10 +60,10 @@ void ColorRenderer::shade(const SceneHit& hit, const Vec3& ray, uint8_t* bgr) co
     Vec3 normal = hit.normal;
     if (normal.dot(ray) > 0.f)
         normal = normal * -1.f;
-    const Vec3 toLamp = LampPosition - point;
+    const Vec3 toLamp = m_lighting.lamp - point;
     const float lampDistance2 = toLamp.dot(toLamp);
     const float lambert = std::max(0.f, normal.dot(toLamp) / std::sqrt(lampDistance2));
-    const float light = Ambient + LampStrength * lambert / (lampDistance2 + 1.f);
+    const float light = m_lighting.ambient + m_lighting.lampStrength * lambert / (lampDistance2 + 1.f);
     const Vec3 color = hit.albedo * m_whiteBalance * light;
     auto tone = [this](float v) { return m_tone[std::size_t(std::clamp(int(v * ToneScale), 0, 4095))]; };
     bgr[0] = tone(color.z);
@@ -74,13 +71,15 @@ void ColorRenderer::shade(const SceneHit& hit, const Vec3& ray, uint8_t* bgr) co
     bgr[2] = tone(color.x);
 }
 
-void ColorRenderer::prepare(int width, int height, const Picture& picture)
+void ColorRenderer::prepare(int width, int height, const Picture& picture, const Scene& scene)
 {
-    if (width == m_camera.width && height == m_camera.height && m_pictureValid && picture == m_picture)
-        return;
     const bool sizeChanged = width != m_camera.width || height != m_camera.height;
+    if (!sizeChanged && m_pictureValid && picture == m_picture && scene.kind() == m_staticKind)
+        return;
     m_picture = picture;
     m_pictureValid = true;
+    m_staticKind = scene.kind();
+    m_lighting = scene.lighting();
     buildToneTable();
     m_camera = PinholeCamera::color(width, height);
     const std::size_t n = std::size_t(width) * std::size_t(height);
@@ -101,7 +100,7 @@ void ColorRenderer::prepare(int width, int height, const Picture& picture)
             const Vec3 ray{m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f};
             SceneHit hit;
             uint8_t* bgr = &m_staticBgr[i * 3];
-            if (Scene::traceStatic(m_camera.origin, ray, hit)) {
+            if (scene.traceStatic(m_camera.origin, ray, hit)) {
                 m_staticT[i] = hit.t;
                 shade(hit, ray, bgr);
             } else {
@@ -178,18 +177,18 @@ void ColorRenderer::renderYuy2(const Scene& scene, uint8_t* out) const
 }
 
 void ColorRenderer::render(const ColorNodeConfiguration& configuration, const Picture& picture,
-                           double timeSeconds, uint8_t* out)
+                           Scene::Kind sceneKind, double timeSeconds, uint8_t* out)
 {
     int w = 0, h = 0;
     FrameFormat_toResolution(configuration.frameFormat, &w, &h);
     if (w <= 0 || h <= 0)
         return;
-    prepare(w, h, picture);
-    const Scene scene(timeSeconds);
+    const std::unique_ptr<Scene> scene = Scene::create(sceneKind, timeSeconds);
+    prepare(w, h, picture, *scene);
     if (configuration.compression == COMPRESSION_TYPE_NONE)
-        renderBgr(scene, out);
+        renderBgr(*scene, out);
     else
-        renderYuy2(scene, out);
+        renderYuy2(*scene, out);
 }
 
 } // namespace Zerlane::sim

@@ -59,18 +59,21 @@ struct DepthRenderer::Outputs {
 
 DepthRenderer::DepthRenderer(uint32_t seed) : m_random(seed) {}
 
-void DepthRenderer::prepare(int width, int height, FrameFormat colorFormat)
+void DepthRenderer::prepare(int width, int height, FrameFormat colorFormat, const Scene& scene)
 {
-    if (width != m_camera.width || height != m_camera.height) {
+    const bool resized = width != m_camera.width || height != m_camera.height;
+    if (resized) {
         m_camera = PinholeCamera::depth(width, height);
-        buildStaticCache();
+        buildRays();
         m_uvFormat = FRAME_FORMAT_UNKNOWN;
     }
+    if (resized || scene.kind() != m_staticKind)
+        buildStaticCache(scene);
     if (colorFormat != m_uvFormat)
         buildUvTables(colorFormat);
 }
 
-void DepthRenderer::buildStaticCache()
+void DepthRenderer::buildRays()
 {
     const int w = m_camera.width, h = m_camera.height;
     const std::size_t n = std::size_t(w) * std::size_t(h);
@@ -84,9 +87,6 @@ void DepthRenderer::buildStaticCache()
     m_rayLength.resize(n);
     m_inverseRayLength.resize(n);
     m_vignette.resize(n);
-    m_staticZ.resize(n);
-    m_staticSignal.resize(n);
-    m_staticNoise.resize(n);
     for (int y = 0; y < h; ++y) {
         for (int x = 0; x < w; ++x) {
             const std::size_t i = std::size_t(y) * std::size_t(w) + std::size_t(x);
@@ -96,8 +96,23 @@ void DepthRenderer::buildStaticCache()
             m_inverseRayLength[i] = 1.f / length;
             // Illumination and lens fall off as cos^2 of the angle off the axis.
             m_vignette[i] = 1.f / (length * length);
+        }
+    }
+}
+
+void DepthRenderer::buildStaticCache(const Scene& scene)
+{
+    const int w = m_camera.width, h = m_camera.height;
+    const std::size_t n = std::size_t(w) * std::size_t(h);
+    m_staticZ.resize(n);
+    m_staticSignal.resize(n);
+    m_staticNoise.resize(n);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            const std::size_t i = std::size_t(y) * std::size_t(w) + std::size_t(x);
+            const Vec3 ray{m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f};
             SceneHit hit;
-            if (Scene::traceStatic({}, ray, hit)) {
+            if (scene.traceStatic({}, ray, hit)) {
                 m_staticZ[i] = hit.t;
                 m_staticSignal[i] = signalFactor(hit, ray, i);
             } else {
@@ -112,6 +127,7 @@ void DepthRenderer::buildStaticCache()
     m_workNoise = m_staticNoise;
     m_workTag.assign(n, 0);
     m_dirty.clear();
+    m_staticKind = scene.kind();
 }
 
 void DepthRenderer::buildUvTables(FrameFormat colorFormat)
@@ -220,11 +236,12 @@ DepthNode::NewSampleReceivedData DepthRenderer::render(const Settings& settings,
 {
     int w = 0, h = 0;
     FrameFormat_toResolution(settings.configuration.frameFormat, &w, &h);
-    prepare(w, h, settings.colorFormat);
+    const std::unique_ptr<Scene> scene =
+        Scene::create(Scene::kindFor(settings.configuration.mode), double(captureTime) * 1e-6);
+    prepare(w, h, settings.colorFormat, *scene);
 
-    const Scene scene(double(captureTime) * 1e-6);
     restoreDirtyRects();
-    renderMovingObjects(scene);
+    renderMovingObjects(*scene);
     markKamikazePixels();
 
     // One block holds every map of the sample.

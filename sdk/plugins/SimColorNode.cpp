@@ -125,7 +125,7 @@ void SimColorNode::produceSample(plugin::SampleSink& sink, uint64_t captureTime)
     if (enabled) {
         const std::size_t bytes = ColorRenderer::frameBytes(configuration);
         std::shared_ptr<uint8_t> block = m_pool.acquire(bytes);
-        m_renderer.render(configuration, picture, double(captureTime) * 1e-6, block.get());
+        m_renderer.render(configuration, picture, Scene::Kind::Room, double(captureTime) * 1e-6, block.get());
         sample.colorMap = Pointer<uint8_t>(block, block.get(), int32_t(bytes));
     }
     sink.colorSample(this, std::move(sample));

@@ -56,7 +56,7 @@ private slots:
             std::vector<uint8_t> picture(ColorRenderer::frameBytes(configuration));
             ColorRenderer renderer;
             for (const Expected& e : stream.pictures) {
-                renderer.render(configuration, {}, e.time, picture.data());
+                renderer.render(configuration, {}, sim::Scene::Kind::Room, e.time, picture.data());
                 const uint64_t actual = checksum(picture.data(), picture.size());
                 QVERIFY2(actual == e.checksum, qPrintable(QString("%1 %2 at %3 s: checksum %4")
                                                               .arg(FrameFormat_toString(stream.format).c_str())
