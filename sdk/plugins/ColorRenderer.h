@@ -43,12 +43,13 @@ private:
     void prepare(int width, int height, const Picture& picture, const Scene& scene);
     void buildToneTable();
     void shade(const SceneHit& hit, const Vec3& ray, uint8_t* bgr) const;
-    void renderBgr(const Scene& scene, uint8_t* out) const;
-    void renderYuy2(const Scene& scene, uint8_t* out) const;
-    // The colour of a pixel of `rect`: the nearest of `objects` in front of the room there, else the room.
-    void pixelColor(const Scene& scene, const std::vector<uint8_t>& objects, int x, int y, uint8_t* bgr) const;
-    // Objects that can be seen inside a rectangle: its own and those of the rectangles it touches.
-    static std::vector<uint8_t> objectsNear(const ScreenRect& rect, const std::vector<ScreenRect>& all);
+    // Over the copy of the static image in out: the pixels that may see a moving object.
+    void renderMovingObjects(const Scene& scene, bool yuy2, uint8_t* out);
+    // The rectangles' spans on row y, merged where they overlap (whole YUY2 pairs with pairs), in m_spans.
+    void mergeSpans(const std::vector<ScreenRect>& rects, int y, bool pairs);
+    // The colours of pixels [x0, x1) of row y into the row scratch: the nearest moving object in front of
+    // the static surfaces there, else the static image.
+    void colorSpan(const Scene& scene, const std::vector<ScreenRect>& rects, int y, int x0, int x1);
 
     PinholeCamera m_camera;
     Picture m_picture;
@@ -61,6 +62,11 @@ private:
     std::vector<float> m_staticT;       // ray parameter of the static surfaces per pixel
     std::vector<uint8_t> m_staticBgr;
     std::vector<uint8_t> m_staticYuy2;
+    std::vector<float> m_rowT;          // row scratch: what a moving object must be nearer than
+    std::vector<SceneHit> m_rowHits;
+    std::vector<uint8_t> m_rowFound;
+    std::vector<uint8_t> m_rowBgr;
+    std::vector<ScreenRect> m_spans;    // one row's spans to re-render
 };
 
 } // namespace Zerlane::sim

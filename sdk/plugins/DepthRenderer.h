@@ -90,6 +90,8 @@ private:
     std::vector<float> m_workZ, m_workSignal, m_workNoise; // noise: 1 / sqrt(signal factor)
     std::vector<uint32_t> m_workTag;          // object id, KamikazeTag when flagged (as wide as the floats)
     std::vector<ScreenRect> m_dirty;          // pixels that differ from the static cache
+    std::vector<SceneHit> m_rowHits;          // moving objects' hits along a row
+    std::vector<uint8_t> m_rowFound;
     std::vector<float> m_columnU, m_rowV;     // UV of a point at infinity; u shifts by -m_uParallax / z
     float m_uParallax = 0.f;
 

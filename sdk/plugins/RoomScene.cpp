@@ -260,7 +260,7 @@ bool RoomScene::hitWalker(const Vec3& origin, const Vec3& direction, float tMax,
     return found;
 }
 
-std::vector<Scene::Bounds> RoomScene::movingBounds() const
+std::vector<Bounds> RoomScene::movingBounds() const
 {
     const Vec3 r{PendulumRadius, PendulumRadius, PendulumRadius};
     const float boxReach = BoxHalf * float(M_SQRT2) + 0.01f;

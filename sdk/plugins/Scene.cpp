@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include "DeskScene.h"
 #include "RoomScene.h"
 
 #include <algorithm>
@@ -8,14 +9,29 @@
 
 namespace Zerlane::sim {
 
-Scene::Kind Scene::kindFor(CameraMode)
+Scene::Kind Scene::kindFor(CameraMode mode)
 {
-    return Kind::Room;
+    return mode == CAMERA_MODE_CLOSE_RANGE ? Kind::Desk : Kind::Room;
 }
 
-std::unique_ptr<Scene> Scene::create(Kind, double timeSeconds)
+std::unique_ptr<Scene> Scene::create(Kind kind, double timeSeconds)
 {
+    if (kind == Kind::Desk)
+        return std::make_unique<DeskScene>(timeSeconds);
     return std::make_unique<RoomScene>(timeSeconds);
+}
+
+void Scene::traceRow(uint8_t object, const Vec3& origin, const float* columnRays, float rowRay, int x0, int x1,
+                     float* tMax, SceneHit* hits, uint8_t* found) const
+{
+    for (int x = x0; x < x1; ++x) {
+        SceneHit hit;
+        if (traceObject(object, origin, {columnRays[x], rowRay, 1.f}, tMax[x], hit)) {
+            tMax[x] = hit.t;
+            hits[x] = hit;
+            found[x] = 1;
+        }
+    }
 }
 
 ScreenRect Scene::projectBounds(const Bounds& bounds, const PinholeCamera& camera)

@@ -279,19 +279,41 @@ private slots:
         depth->stop();
     }
 
-    void closeRangeAliasesTheFarWall()
+    void closeRangeLooksAtTheDeskAndAliasesTheRoomBeyond()
     {
+        // The close-range mode looks at a desk within a metre; only the room's ceiling over the partition at
+        // the desk's back is beyond the mode's 3 m, and aliases. The long-range mode sees the whole room.
         auto depth = node(NodeKind::Depth);
         depth->setProperty("enableDepthMap", true);
         depth->start(&m_sink);
         depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 30, CAMERA_MODE_CLOSE_RANGE, false});
         const auto close = stepOneDepthSample();
         QCOMPARE(close.depthMap.size(), 320 * 240); // the new resolution from the next sample on
-        QVERIFY(centralShare(close, 320, 240, 32003) > 0.5);
-        QVERIFY(countDepth(close, 32003) < 320 * 240 * 95 / 100); // the near cabinet and floor are measured
+        int aliased = 0, aliasedBelowTheTop = 0, centralBeyondAMetre = 0;
+        for (int y = 0; y < 240; ++y) {
+            for (int x = 0; x < 320; ++x) {
+                const int16_t d = close.depthMap[y * 320 + x];
+                aliased += d == 32003;
+                aliasedBelowTheTop += d == 32003 && y >= 24;
+                centralBeyondAMetre += d <= 32000 && d > 1000 && x >= 107 && x < 213 && y >= 80 && y < 160;
+            }
+        }
+        QVERIFY2(aliased > 320 && aliasedBelowTheTop == 0, qPrintable(QString("%1 %2").arg(aliased).arg(aliasedBelowTheTop)));
+        QCOMPARE(centralShare(close, 320, 240, 32003), 0.0);
+        QCOMPARE(centralBeyondAMetre, 0);
 
         depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 30, CAMERA_MODE_LONG_RANGE, false});
-        QCOMPARE(centralShare(stepOneDepthSample(), 320, 240, 32003), 0.0);
+        const auto far = stepOneDepthSample();
+        QCOMPARE(countDepth(far, 32003), 0);
+        int centralMeasured = 0, centralBeyondTwoMetres = 0;
+        for (int y = 80; y < 160; ++y) {
+            for (int x = 107; x < 213; ++x) {
+                const int16_t d = far.depthMap[y * 320 + x];
+                centralMeasured += d <= 32000;
+                centralBeyondTwoMetres += d <= 32000 && d > 2000;
+            }
+        }
+        QVERIFY(centralBeyondTwoMetres > centralMeasured * 9 / 10); // the far end of the room
         depth->stop();
     }
 
