@@ -2,6 +2,7 @@
 #include "CollectingSink.h"
 #include "RecordingListener.h"
 
+#include "sdk/plugins/ColorRenderer.h"
 #include "sdk/plugins/DepthRenderer.h"
 #include "sdk/plugins/PinholeCamera.h"
 
@@ -438,6 +439,50 @@ private slots:
         for (int i = 0; i < raw.colorMap.size(); i += 3 * 97)
             shades.insert(raw.colorMap[i] | raw.colorMap[i + 1] << 8 | raw.colorMap[i + 2] << 16);
         QVERIFY(shades.size() > 50);
+        color->stop();
+    }
+
+    void colourPicturesWhatTheDepthModeShows()
+    {
+        // The colour camera images the depth camera's scene from beside it: the room in long range, the desk
+        // while the depth node is in close range, the room again when it goes back or leaves the camera. The
+        // lower left corner is static in both scenes: it is compared with the renderer's pictures.
+        auto color = node(NodeKind::Color);
+        ColorNodeConfiguration bgr = std::get<ColorNodeConfiguration>(color->configuration());
+        bgr.compression = COMPRESSION_TYPE_NONE;
+        color->setConfiguration(bgr);
+        color->setProperty("enableColorMap", true);
+        color->start(&m_sink);
+        auto corner = [](const uint8_t* picture) {
+            std::vector<uint8_t> bytes;
+            for (int y = 420; y < 480; ++y)
+                bytes.insert(bytes.end(), picture + (y * 640) * 3, picture + (y * 640 + 100) * 3);
+            return bytes;
+        };
+        auto cornerOf = [&](sim::Scene::Kind kind) {
+            sim::ColorRenderer renderer;
+            std::vector<uint8_t> picture(sim::ColorRenderer::frameBytes(bgr));
+            renderer.render(bgr, {}, kind, 0.0, picture.data());
+            return corner(picture.data());
+        };
+        auto cornerNow = [&]() {
+            m_sink.clear();
+            Control::step(1);
+            return corner(m_sink.color().at(0).colorMap.data());
+        };
+        const std::vector<uint8_t> room = cornerOf(sim::Scene::Kind::Room), desk = cornerOf(sim::Scene::Kind::Desk);
+        QVERIFY(room != desk);
+
+        QVERIFY(cornerNow() == room);
+        auto depth = node(NodeKind::Depth);
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_VGA, 30, CAMERA_MODE_CLOSE_RANGE, false});
+        QVERIFY(cornerNow() == desk);
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_VGA, 30, CAMERA_MODE_LONG_RANGE, false});
+        QVERIFY(cornerNow() == room);
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_VGA, 30, CAMERA_MODE_CLOSE_RANGE, false});
+        QVERIFY(cornerNow() == desk);
+        Control::removeNode("ZS0001", NodeKind::Depth);
+        QVERIFY(cornerNow() == room);
         color->stop();
     }
 
