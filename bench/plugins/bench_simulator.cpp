@@ -1,11 +1,13 @@
 // Cost of one sample of the simulated ToF camera, made synchronously (stepped mode, one thread), against
 // a baseline measured in the same run: memcpy of as many bytes as the sample carries. The depth renderer is
-// also measured on its own over a sweep of capture times, since the moving objects' cost depends on them.
+// also measured on its own over a sweep of capture times, since the moving objects' cost depends on them,
+// in both camera modes (the long-range room and the close-range desk with its hand).
 #include "Zerlane/plugin/Driver.h"
 #include "Zerlane/plugin/SampleSink.h"
 #include "Zerlane/sim/SimulatorControl.h"
 #include "sdk/plugins/DepthRenderer.h"
-#include "sdk/plugins/Scene.h"
+#include "sdk/plugins/DeskScene.h"
+#include "sdk/plugins/RoomScene.h"
 
 #include <benchmark/benchmark.h>
 
@@ -85,6 +87,17 @@ public:
     }
     plugin::NodeDriver& node() { return *m_node; }
     void start() { m_node->start(&m_sink); }
+    // The camera mode of the device's depth node, which chooses the scene every camera of it sees.
+    void setDepthMode(CameraMode mode)
+    {
+        for (const auto& node : m_listener.device->nodes()) {
+            if (node->kind() != NodeKind::Depth)
+                continue;
+            auto configuration = std::get<DepthNodeConfiguration>(node->configuration());
+            configuration.mode = mode;
+            node->setConfiguration(configuration);
+        }
+    }
 
 private:
     NullListener m_listener;
@@ -121,21 +134,21 @@ void BM_DepthVgaAllMaps(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(VgaPixels * DepthBytesPerPixel));
 }
 
-sim::DepthRenderer::Settings allDepthMaps()
+sim::DepthRenderer::Settings allDepthMaps(CameraMode mode)
 {
     sim::DepthRenderer::Settings settings;
     settings.configuration.frameFormat = FRAME_FORMAT_VGA;
     settings.configuration.frameRate = 30;
-    settings.configuration.mode = CAMERA_MODE_LONG_RANGE;
+    settings.configuration.mode = mode;
     settings.phaseMap = settings.confidenceMap = settings.depthMap = settings.depthMapFloatingPoint = true;
     settings.vertices = settings.verticesFloatingPoint = settings.uvMap = true;
     return settings;
 }
 
-void renderAt(benchmark::State& state, uint64_t captureTime)
+void renderAt(benchmark::State& state, uint64_t captureTime, CameraMode mode = CAMERA_MODE_LONG_RANGE)
 {
     sim::DepthRenderer renderer(1);
-    const sim::DepthRenderer::Settings settings = allDepthMaps();
+    const sim::DepthRenderer::Settings settings = allDepthMaps(mode);
     renderer.render(settings, captureTime); // builds the per-resolution caches
     for (auto _ : state) {
         const DepthNode::NewSampleReceivedData sample = renderer.render(settings, captureTime);
@@ -153,6 +166,7 @@ void BM_DepthVgaAllMapsAt(benchmark::State& state)
 
 // The capture time (microseconds) within the first two minutes at which the moving objects' screen
 // rectangles cover the most pixels: the ray casts' worst case.
+template <class SceneType>
 uint64_t busiestCaptureTime()
 {
     const sim::PinholeCamera camera = sim::PinholeCamera::depth(640, 480);
@@ -160,7 +174,7 @@ uint64_t busiestCaptureTime()
     int mostPixels = -1;
     for (uint64_t time = 0; time < 120'000'000; time += 5'000) {
         int pixels = 0;
-        for (const sim::ScreenRect& rect : sim::Scene(double(time) * 1e-6).movingRects(camera))
+        for (const sim::ScreenRect& rect : SceneType(double(time) * 1e-6).movingRects(camera))
             pixels += rect.area();
         if (pixels > mostPixels) {
             mostPixels = pixels;
@@ -172,14 +186,29 @@ uint64_t busiestCaptureTime()
 
 void BM_DepthVgaAllMapsBusiest(benchmark::State& state)
 {
-    static const uint64_t time = busiestCaptureTime();
+    static const uint64_t time = busiestCaptureTime<sim::RoomScene>();
     state.SetLabel("t = " + std::to_string(time / 1000) + " ms");
     renderAt(state, time);
 }
 
-void colorHd720(benchmark::State& state, CompressionType compression)
+// The same in the close-range mode: the desk, with a hand that fills much of the picture when it comes near
+// (at 4 s of every 8).
+void BM_DepthVgaCloseRangeAt(benchmark::State& state)
+{
+    renderAt(state, uint64_t(state.range(0)) * 1000, CAMERA_MODE_CLOSE_RANGE);
+}
+
+void BM_DepthVgaCloseRangeBusiest(benchmark::State& state)
+{
+    static const uint64_t time = busiestCaptureTime<sim::DeskScene>();
+    state.SetLabel("t = " + std::to_string(time / 1000) + " ms");
+    renderAt(state, time, CAMERA_MODE_CLOSE_RANGE);
+}
+
+void colorHd720(benchmark::State& state, CompressionType compression, CameraMode mode = CAMERA_MODE_LONG_RANGE)
 {
     SteppedNode color(NodeKind::Color);
+    color.setDepthMode(mode);
     auto configuration = std::get<ColorNodeConfiguration>(color.node().configuration());
     configuration.frameFormat = FRAME_FORMAT_HD720;
     configuration.compression = compression;
@@ -208,15 +237,24 @@ void BM_ColorHd720Bgr(benchmark::State& state)
 {
     colorHd720(state, COMPRESSION_TYPE_NONE);
 }
+// The desk seen by the colour camera while the depth node is in close-range mode (clocked, so at whatever
+// time the hand is then).
+void BM_ColorHd720Yuy2CloseRange(benchmark::State& state)
+{
+    colorHd720(state, COMPRESSION_TYPE_YUY2, CAMERA_MODE_CLOSE_RANGE);
+}
 
 BENCHMARK(BM_MemcpyDepthVgaAllMaps)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DepthVgaAllMaps)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DepthVgaAllMapsAt)->DenseRange(0, 11500, 500)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DepthVgaAllMapsBusiest)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DepthVgaCloseRangeAt)->DenseRange(0, 7500, 500)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DepthVgaCloseRangeBusiest)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MemcpyColorHd720Yuy2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ColorHd720Yuy2)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MemcpyColorHd720Bgr)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ColorHd720Bgr)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ColorHd720Yuy2CloseRange)->Unit(benchmark::kMillisecond);
 
 // Prints each benchmark as usual and remembers its times per iteration (the mean over repetitions).
 class RatioReporter : public benchmark::ConsoleReporter {
@@ -241,10 +279,10 @@ public:
     }
 };
 
-// Best and worst of the renderer over the sweep of capture times (the busiest time included).
-void printSweep(const std::map<std::string, RatioReporter::Times>& ms)
+// Best and worst of the renderer over a sweep of capture times (the busiest time included), against memcpy.
+void printSweep(const std::map<std::string, RatioReporter::Times>& ms, const std::string& prefix,
+                const char* title)
 {
-    const std::string prefix = "BM_DepthVgaAllMaps";
     const std::pair<const std::string, RatioReporter::Times>* best = nullptr;
     const std::pair<const std::string, RatioReporter::Times>* worst = nullptr;
     for (const auto& entry : ms) {
@@ -258,8 +296,10 @@ void printSweep(const std::map<std::string, RatioReporter::Times>& ms)
     }
     if (!best)
         return;
-    std::printf("  sweep of capture times: best cpu %.3f ms (%s), worst cpu %.3f ms (%s)\n", best->second.cpuMs,
-                best->first.c_str() + prefix.size(), worst->second.cpuMs, worst->first.c_str() + prefix.size());
+    const double baseline = ms.count("BM_MemcpyDepthVgaAllMaps") ? ms.at("BM_MemcpyDepthVgaAllMaps").cpuMs : 0.0;
+    std::printf("  %s: best cpu %.3f ms (%s), worst cpu %.3f ms (%s) = %.1f x memcpy\n", title,
+                best->second.cpuMs, best->first.c_str() + prefix.size(), worst->second.cpuMs,
+                worst->first.c_str() + prefix.size(), baseline > 0.0 ? worst->second.cpuMs / baseline : 0.0);
 }
 
 } // namespace
@@ -280,15 +320,17 @@ int main(int argc, char** argv)
         {"BM_DepthVgaAllMaps", "BM_MemcpyDepthVgaAllMaps"},
         {"BM_ColorHd720Yuy2", "BM_MemcpyColorHd720Yuy2"},
         {"BM_ColorHd720Bgr", "BM_MemcpyColorHd720Bgr"},
+        {"BM_ColorHd720Yuy2CloseRange", "BM_MemcpyColorHd720Yuy2"},
     };
     for (const auto& [measured, baseline] : pairs) {
         if (!ms.count(measured) || !ms.count(baseline))
             continue;
         const auto& m = ms.at(measured);
         const auto& b = ms.at(baseline);
-        std::printf("  %-20s real %7.3f ms = %5.1f x memcpy (%.3f ms) | cpu %7.3f ms = %5.1f x memcpy (%.3f ms)\n",
+        std::printf("  %-27s real %7.3f ms = %5.1f x memcpy (%.3f ms) | cpu %7.3f ms = %5.1f x memcpy (%.3f ms)\n",
                     measured, m.realMs, m.realMs / b.realMs, b.realMs, m.cpuMs, m.cpuMs / b.cpuMs, b.cpuMs);
     }
-    printSweep(ms);
+    printSweep(ms, "BM_DepthVgaAllMaps", "long-range sweep of capture times");
+    printSweep(ms, "BM_DepthVgaCloseRange", "close-range sweep of capture times");
     return 0;
 }

@@ -10,9 +10,6 @@ namespace Zerlane::sim {
 
 namespace {
 
-constexpr Vec3 LampPosition{0.3f, -1.65f, 2.8f};
-constexpr float Ambient = 0.28f;
-constexpr float LampStrength = 3.4f;
 constexpr float ToneScale = 2048.f; // tone table entries per unit of linear light
 
 uint8_t clampByte(int value)
@@ -63,10 +60,10 @@ void ColorRenderer::shade(const SceneHit& hit, const Vec3& ray, uint8_t* bgr) co
     Vec3 normal = hit.normal;
     if (normal.dot(ray) > 0.f)
         normal = normal * -1.f;
-    const Vec3 toLamp = LampPosition - point;
+    const Vec3 toLamp = m_lighting.lamp - point;
     const float lampDistance2 = toLamp.dot(toLamp);
     const float lambert = std::max(0.f, normal.dot(toLamp) / std::sqrt(lampDistance2));
-    const float light = Ambient + LampStrength * lambert / (lampDistance2 + 1.f);
+    const float light = m_lighting.ambient + m_lighting.lampStrength * lambert / (lampDistance2 + 1.f);
     const Vec3 color = hit.albedo * m_whiteBalance * light;
     auto tone = [this](float v) { return m_tone[std::size_t(std::clamp(int(v * ToneScale), 0, 4095))]; };
     bgr[0] = tone(color.z);
@@ -74,19 +71,25 @@ void ColorRenderer::shade(const SceneHit& hit, const Vec3& ray, uint8_t* bgr) co
     bgr[2] = tone(color.x);
 }
 
-void ColorRenderer::prepare(int width, int height, const Picture& picture)
+void ColorRenderer::prepare(int width, int height, const Picture& picture, const Scene& scene)
 {
-    if (width == m_camera.width && height == m_camera.height && m_pictureValid && picture == m_picture)
-        return;
     const bool sizeChanged = width != m_camera.width || height != m_camera.height;
+    if (!sizeChanged && m_pictureValid && picture == m_picture && scene.kind() == m_staticKind)
+        return;
     m_picture = picture;
     m_pictureValid = true;
+    m_staticKind = scene.kind();
+    m_lighting = scene.lighting();
     buildToneTable();
     m_camera = PinholeCamera::color(width, height);
     const std::size_t n = std::size_t(width) * std::size_t(height);
     if (sizeChanged) {
         m_columnRay.resize(std::size_t(width));
         m_rowRay.resize(std::size_t(height));
+        m_rowT.resize(std::size_t(width));
+        m_rowHits.resize(std::size_t(width));
+        m_rowFound.resize(std::size_t(width));
+        m_rowBgr.resize(std::size_t(width) * 3);
         for (int x = 0; x < width; ++x)
             m_columnRay[std::size_t(x)] = m_camera.rayX(x);
         for (int y = 0; y < height; ++y)
@@ -101,7 +104,7 @@ void ColorRenderer::prepare(int width, int height, const Picture& picture)
             const Vec3 ray{m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f};
             SceneHit hit;
             uint8_t* bgr = &m_staticBgr[i * 3];
-            if (Scene::traceStatic(m_camera.origin, ray, hit)) {
+            if (scene.traceStatic(m_camera.origin, ray, hit)) {
                 m_staticT[i] = hit.t;
                 shade(hit, ray, bgr);
             } else {
@@ -114,82 +117,92 @@ void ColorRenderer::prepare(int width, int height, const Picture& picture)
         toYuy2(&m_staticBgr[i * 3], &m_staticBgr[i * 3 + 3], &m_staticYuy2[i * 2]);
 }
 
-std::vector<uint8_t> ColorRenderer::objectsNear(const ScreenRect& rect, const std::vector<ScreenRect>& all)
+void ColorRenderer::mergeSpans(const std::vector<ScreenRect>& rects, int y, bool pairs)
 {
-    // One pixel of slack: YUY2 pairs may reach one column beyond a rectangle.
-    std::vector<uint8_t> objects;
-    for (const ScreenRect& other : all)
-        if (other.x0 <= rect.x1 && rect.x0 - 1 < other.x1 && other.y0 < rect.y1 && rect.y0 < other.y1)
-            objects.push_back(other.object);
-    return objects;
-}
-
-void ColorRenderer::pixelColor(const Scene& scene, const std::vector<uint8_t>& objects, int x, int y,
-                               uint8_t* bgr) const
-{
-    const std::size_t i = std::size_t(y) * std::size_t(m_camera.width) + std::size_t(x);
-    const Vec3 ray{m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f};
-    SceneHit hit;
-    float tMax = m_staticT[i];
-    bool found = false;
-    for (uint8_t object : objects) {
-        if (scene.traceObject(object, m_camera.origin, ray, tMax, hit)) {
-            tMax = hit.t;
-            found = true;
-        }
-    }
-    if (found)
-        shade(hit, ray, bgr);
-    else
-        std::memcpy(bgr, &m_staticBgr[i * 3], 3);
-}
-
-void ColorRenderer::renderBgr(const Scene& scene, uint8_t* out) const
-{
-    std::memcpy(out, m_staticBgr.data(), m_staticBgr.size());
-    const std::vector<ScreenRect> rects = scene.movingRects(m_camera);
+    m_spans.clear();
     for (const ScreenRect& rect : rects) {
-        const std::vector<uint8_t> objects = objectsNear(rect, rects);
-        for (int y = rect.y0; y < rect.y1; ++y)
-            for (int x = rect.x0; x < rect.x1; ++x)
-                pixelColor(scene, objects, x, y, out + (std::size_t(y) * std::size_t(m_camera.width) + std::size_t(x)) * 3);
+        if (y < rect.y0 || y >= rect.y1)
+            continue;
+        // YUY2 shares chroma between pixel pairs: whole pairs.
+        const int x0 = pairs ? rect.x0 & ~1 : rect.x0;
+        const int x1 = pairs ? std::min((rect.x1 + 1) & ~1, m_camera.width & ~1) : rect.x1;
+        if (x1 > x0)
+            m_spans.push_back({x0, y, x1, y + 1});
+    }
+    std::sort(m_spans.begin(), m_spans.end(), [](const ScreenRect& a, const ScreenRect& b) { return a.x0 < b.x0; });
+    std::size_t merged = 0;
+    for (std::size_t i = 0; i < m_spans.size(); ++i) {
+        if (merged > 0 && m_spans[i].x0 <= m_spans[merged - 1].x1)
+            m_spans[merged - 1].x1 = std::max(m_spans[merged - 1].x1, m_spans[i].x1);
+        else
+            m_spans[merged++] = m_spans[i];
+    }
+    m_spans.resize(merged);
+}
+
+void ColorRenderer::colorSpan(const Scene& scene, const std::vector<ScreenRect>& rects, int y, int x0, int x1)
+{
+    const std::size_t row = std::size_t(y) * std::size_t(m_camera.width);
+    std::copy(m_staticT.begin() + std::ptrdiff_t(row) + x0, m_staticT.begin() + std::ptrdiff_t(row) + x1,
+              m_rowT.begin() + x0);
+    std::fill(m_rowFound.begin() + x0, m_rowFound.begin() + x1, uint8_t(0));
+    // Each object only inside its rectangle: outside it, no pixel sees it.
+    for (const ScreenRect& rect : rects) {
+        const int from = std::max(x0, rect.x0), to = std::min(x1, rect.x1);
+        if (y >= rect.y0 && y < rect.y1 && from < to)
+            scene.traceRow(rect.object, m_camera.origin, m_columnRay.data(), m_rowRay[std::size_t(y)], from, to,
+                           m_rowT.data(), m_rowHits.data(), m_rowFound.data());
+    }
+    for (int x = x0; x < x1; ++x) {
+        uint8_t* bgr = &m_rowBgr[std::size_t(x) * 3];
+        if (m_rowFound[std::size_t(x)])
+            shade(m_rowHits[std::size_t(x)], {m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f}, bgr);
+        else
+            std::memcpy(bgr, &m_staticBgr[(row + std::size_t(x)) * 3], 3);
     }
 }
 
-void ColorRenderer::renderYuy2(const Scene& scene, uint8_t* out) const
+void ColorRenderer::renderMovingObjects(const Scene& scene, bool yuy2, uint8_t* out)
 {
-    std::memcpy(out, m_staticYuy2.data(), m_staticYuy2.size());
     const std::size_t w = std::size_t(m_camera.width);
     const std::vector<ScreenRect> rects = scene.movingRects(m_camera);
+    int y0 = m_camera.height, y1 = 0;
     for (const ScreenRect& rect : rects) {
-        const std::vector<uint8_t> objects = objectsNear(rect, rects);
-        // YUY2 shares chroma between pixel pairs: work on whole pairs.
-        const int x0 = rect.x0 & ~1;
-        const int x1 = std::min((rect.x1 + 1) & ~1, m_camera.width);
-        for (int y = rect.y0; y < rect.y1; ++y) {
-            for (int x = x0; x < x1 && x + 1 < m_camera.width; x += 2) {
-                uint8_t pair[6];
-                pixelColor(scene, objects, x, y, pair);
-                pixelColor(scene, objects, x + 1, y, pair + 3);
-                toYuy2(pair, pair + 3, out + (std::size_t(y) * w + std::size_t(x)) * 2);
+        y0 = std::min(y0, rect.y0);
+        y1 = std::max(y1, rect.y1);
+    }
+    // Row by row, each pixel once, however the rectangles overlap.
+    for (int y = y0; y < y1; ++y) {
+        mergeSpans(rects, y, yuy2);
+        for (const ScreenRect& span : m_spans) {
+            colorSpan(scene, rects, y, span.x0, span.x1);
+            if (yuy2) {
+                for (int x = span.x0; x < span.x1; x += 2)
+                    toYuy2(&m_rowBgr[std::size_t(x) * 3], &m_rowBgr[std::size_t(x + 1) * 3],
+                           out + (std::size_t(y) * w + std::size_t(x)) * 2);
+            } else {
+                std::memcpy(out + (std::size_t(y) * w + std::size_t(span.x0)) * 3, &m_rowBgr[std::size_t(span.x0) * 3],
+                            std::size_t(span.x1 - span.x0) * 3);
             }
         }
     }
 }
 
 void ColorRenderer::render(const ColorNodeConfiguration& configuration, const Picture& picture,
-                           double timeSeconds, uint8_t* out)
+                           Scene::Kind sceneKind, double timeSeconds, uint8_t* out)
 {
     int w = 0, h = 0;
     FrameFormat_toResolution(configuration.frameFormat, &w, &h);
     if (w <= 0 || h <= 0)
         return;
-    prepare(w, h, picture);
-    const Scene scene(timeSeconds);
-    if (configuration.compression == COMPRESSION_TYPE_NONE)
-        renderBgr(scene, out);
+    const std::unique_ptr<Scene> scene = Scene::create(sceneKind, timeSeconds);
+    prepare(w, h, picture, *scene);
+    const bool yuy2 = configuration.compression != COMPRESSION_TYPE_NONE;
+    if (yuy2)
+        std::memcpy(out, m_staticYuy2.data(), m_staticYuy2.size());
     else
-        renderYuy2(scene, out);
+        std::memcpy(out, m_staticBgr.data(), m_staticBgr.size());
+    renderMovingObjects(*scene, yuy2, out);
 }
 
 } // namespace Zerlane::sim

@@ -1,21 +1,14 @@
 #include "DepthRenderer.h"
 
 #include "GaussianTable.h"
+#include "LoopClones.h"
 #include "Scene.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
-// The row loops are also built for AVX2 and picked at load time where the processor has it (twice the
-// lanes, cheaper narrowing to 16 bits). Without fused multiply-add the results are the same bit for bit.
-// Sanitised builds keep the plain version only, which is the one they are there to check.
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) \
-    && !defined(__SANITIZE_THREAD__)
-#define ROW_LOOP_CLONES __attribute__((target_clones("avx2", "default")))
-#else
-#define ROW_LOOP_CLONES
-#endif
+// The row loops below gain most from AVX2's cheaper narrowing to 16 bits (see LoopClones.h).
 
 namespace Zerlane::sim {
 
@@ -59,18 +52,21 @@ struct DepthRenderer::Outputs {
 
 DepthRenderer::DepthRenderer(uint32_t seed) : m_random(seed) {}
 
-void DepthRenderer::prepare(int width, int height, FrameFormat colorFormat)
+void DepthRenderer::prepare(int width, int height, FrameFormat colorFormat, const Scene& scene)
 {
-    if (width != m_camera.width || height != m_camera.height) {
+    const bool resized = width != m_camera.width || height != m_camera.height;
+    if (resized) {
         m_camera = PinholeCamera::depth(width, height);
-        buildStaticCache();
+        buildRays();
         m_uvFormat = FRAME_FORMAT_UNKNOWN;
     }
+    if (resized || scene.kind() != m_staticKind)
+        buildStaticCache(scene);
     if (colorFormat != m_uvFormat)
         buildUvTables(colorFormat);
 }
 
-void DepthRenderer::buildStaticCache()
+void DepthRenderer::buildRays()
 {
     const int w = m_camera.width, h = m_camera.height;
     const std::size_t n = std::size_t(w) * std::size_t(h);
@@ -84,9 +80,6 @@ void DepthRenderer::buildStaticCache()
     m_rayLength.resize(n);
     m_inverseRayLength.resize(n);
     m_vignette.resize(n);
-    m_staticZ.resize(n);
-    m_staticSignal.resize(n);
-    m_staticNoise.resize(n);
     for (int y = 0; y < h; ++y) {
         for (int x = 0; x < w; ++x) {
             const std::size_t i = std::size_t(y) * std::size_t(w) + std::size_t(x);
@@ -96,8 +89,23 @@ void DepthRenderer::buildStaticCache()
             m_inverseRayLength[i] = 1.f / length;
             // Illumination and lens fall off as cos^2 of the angle off the axis.
             m_vignette[i] = 1.f / (length * length);
+        }
+    }
+}
+
+void DepthRenderer::buildStaticCache(const Scene& scene)
+{
+    const int w = m_camera.width, h = m_camera.height;
+    const std::size_t n = std::size_t(w) * std::size_t(h);
+    m_staticZ.resize(n);
+    m_staticSignal.resize(n);
+    m_staticNoise.resize(n);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            const std::size_t i = std::size_t(y) * std::size_t(w) + std::size_t(x);
+            const Vec3 ray{m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f};
             SceneHit hit;
-            if (Scene::traceStatic({}, ray, hit)) {
+            if (scene.traceStatic({}, ray, hit)) {
                 m_staticZ[i] = hit.t;
                 m_staticSignal[i] = signalFactor(hit, ray, i);
             } else {
@@ -112,6 +120,7 @@ void DepthRenderer::buildStaticCache()
     m_workNoise = m_staticNoise;
     m_workTag.assign(n, 0);
     m_dirty.clear();
+    m_staticKind = scene.kind();
 }
 
 void DepthRenderer::buildUvTables(FrameFormat colorFormat)
@@ -162,18 +171,24 @@ void DepthRenderer::restoreDirtyRects()
 void DepthRenderer::renderMovingObjects(const Scene& scene)
 {
     const int w = m_camera.width;
+    m_rowHits.resize(std::size_t(w));
+    m_rowFound.resize(std::size_t(w));
     for (const ScreenRect& rect : scene.movingRects(m_camera)) {
         for (int y = rect.y0; y < rect.y1; ++y) {
+            const std::size_t row = std::size_t(y) * std::size_t(w);
+            std::fill(m_rowFound.begin() + rect.x0, m_rowFound.begin() + rect.x1, uint8_t(0));
+            // The work z is what an object must be nearer than, and becomes its z where it is.
+            scene.traceRow(rect.object, {}, m_columnRay.data(), m_rowRay[std::size_t(y)], rect.x0, rect.x1,
+                           m_workZ.data() + row, m_rowHits.data(), m_rowFound.data());
             for (int x = rect.x0; x < rect.x1; ++x) {
-                const std::size_t i = std::size_t(y) * std::size_t(w) + std::size_t(x);
+                if (!m_rowFound[std::size_t(x)])
+                    continue;
+                const std::size_t i = row + std::size_t(x);
+                const SceneHit& hit = m_rowHits[std::size_t(x)];
                 const Vec3 ray{m_columnRay[std::size_t(x)], m_rowRay[std::size_t(y)], 1.f};
-                SceneHit hit;
-                if (scene.traceObject(rect.object, {}, ray, m_workZ[i], hit)) {
-                    m_workZ[i] = hit.t;
-                    m_workSignal[i] = signalFactor(hit, ray, i);
-                    m_workNoise[i] = noiseFactor(m_workSignal[i]);
-                    m_workTag[i] = hit.object;
-                }
+                m_workSignal[i] = signalFactor(hit, ray, i);
+                m_workNoise[i] = noiseFactor(m_workSignal[i]);
+                m_workTag[i] = hit.object;
             }
         }
         // Kamikaze flags may reach one pixel beyond the rectangle.
@@ -220,11 +235,12 @@ DepthNode::NewSampleReceivedData DepthRenderer::render(const Settings& settings,
 {
     int w = 0, h = 0;
     FrameFormat_toResolution(settings.configuration.frameFormat, &w, &h);
-    prepare(w, h, settings.colorFormat);
+    const std::unique_ptr<Scene> scene =
+        Scene::create(Scene::kindFor(settings.configuration.mode), double(captureTime) * 1e-6);
+    prepare(w, h, settings.colorFormat, *scene);
 
-    const Scene scene(double(captureTime) * 1e-6);
     restoreDirtyRects();
-    renderMovingObjects(scene);
+    renderMovingObjects(*scene);
     markKamikazePixels();
 
     // One block holds every map of the sample.

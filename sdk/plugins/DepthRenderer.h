@@ -3,6 +3,7 @@
 #include "BlockPool.h"
 #include "FastRandom.h"
 #include "PinholeCamera.h"
+#include "Scene.h"
 #include "ScreenRect.h"
 
 #include "Zerlane/DepthNode.h"
@@ -12,13 +13,10 @@
 
 namespace Zerlane::sim {
 
-class Scene;
-struct SceneHit;
-
 // Renders depth samples of the scene with the traits of a ToF sensor: noise growing with distance squared
 // and falling with the returned signal, low-confidence, saturated, aliased and kamikaze (flying) pixels.
-// The room never moves, so its hits are cached per resolution; only moving objects are ray-cast, inside
-// their screen rectangles. Not thread-safe: one renderer per node, used under the node's production lock.
+// The camera mode chooses the scene. Its static surfaces never move, so their hits are cached per resolution
+// and scene; only moving objects are ray-cast, inside their screen rectangles. Not thread-safe: one renderer per node, used under the node's production lock.
 class DepthRenderer {
 public:
     // Special values of the maps.
@@ -66,8 +64,9 @@ public:
 private:
     struct Outputs;
 
-    void prepare(int width, int height, FrameFormat colorFormat);
-    void buildStaticCache();
+    void prepare(int width, int height, FrameFormat colorFormat, const Scene& scene);
+    void buildRays();
+    void buildStaticCache(const Scene& scene);
     void buildUvTables(FrameFormat colorFormat);
     void restoreDirtyRects();
     void renderMovingObjects(const Scene& scene);
@@ -86,10 +85,13 @@ private:
     std::vector<float> m_rayLength;           // |ray| per pixel
     std::vector<float> m_inverseRayLength;
     std::vector<float> m_vignette;            // relative illumination per pixel
+    Scene::Kind m_staticKind = Scene::Kind::Room; // whose surfaces the static arrays hold
     std::vector<float> m_staticZ, m_staticSignal, m_staticNoise;
     std::vector<float> m_workZ, m_workSignal, m_workNoise; // noise: 1 / sqrt(signal factor)
     std::vector<uint32_t> m_workTag;          // object id, KamikazeTag when flagged (as wide as the floats)
     std::vector<ScreenRect> m_dirty;          // pixels that differ from the static cache
+    std::vector<SceneHit> m_rowHits;          // moving objects' hits along a row
+    std::vector<uint8_t> m_rowFound;
     std::vector<float> m_columnU, m_rowV;     // UV of a point at infinity; u shifts by -m_uParallax / z
     float m_uParallax = 0.f;
 

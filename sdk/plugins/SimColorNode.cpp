@@ -1,5 +1,7 @@
 #include "SimColorNode.h"
 
+#include "SimDevice.h"
+
 #include "Zerlane/Exceptions.h"
 #include "Zerlane/Utils/Format.h"
 
@@ -105,6 +107,13 @@ std::chrono::microseconds SimColorNode::samplePeriod() const
     return std::chrono::microseconds(1000000 / std::max(rate, 1));
 }
 
+Scene::Kind SimColorNode::sceneKind() const
+{
+    // The colour camera pictures what the depth camera's mode shows.
+    const std::shared_ptr<SimDevice> owner = device();
+    return Scene::kindFor(owner ? owner->depthCameraMode() : CAMERA_MODE_LONG_RANGE);
+}
+
 void SimColorNode::produceSample(plugin::SampleSink& sink, uint64_t captureTime)
 {
     ColorNodeConfiguration configuration;
@@ -125,7 +134,7 @@ void SimColorNode::produceSample(plugin::SampleSink& sink, uint64_t captureTime)
     if (enabled) {
         const std::size_t bytes = ColorRenderer::frameBytes(configuration);
         std::shared_ptr<uint8_t> block = m_pool.acquire(bytes);
-        m_renderer.render(configuration, picture, double(captureTime) * 1e-6, block.get());
+        m_renderer.render(configuration, picture, sceneKind(), double(captureTime) * 1e-6, block.get());
         sample.colorMap = Pointer<uint8_t>(block, block.get(), int32_t(bytes));
     }
     sink.colorSample(this, std::move(sample));

@@ -8,7 +8,7 @@
 
 namespace Zerlane::sim {
 
-// The simulated colour stream: the scene seen from 2.5 cm to the right of the depth camera.
+// The simulated colour stream: the depth camera's scene seen from 2.5 cm to its right.
 class SimColorNode : public SimNode {
 public:
     static constexpr const char* TypeName = "ZT-Sim Color Node";
@@ -31,6 +31,7 @@ protected:
 
 private:
     static std::vector<PropertyDeclaration> declarations();
+    Scene::Kind sceneKind() const;
 
     ColorRenderer m_renderer; // used under the production lock only
     BlockPool m_pool;

@@ -111,6 +111,11 @@ float SimDepthNode::range() const
     return std::get<float>(getProperty("range"));
 }
 
+CameraMode SimDepthNode::cameraMode() const
+{
+    return setting<DepthNodeConfiguration>("configuration").mode;
+}
+
 std::optional<PropertyValue> SimDepthNode::measuredProperty(const std::string& name) const
 {
     if (name == "range")

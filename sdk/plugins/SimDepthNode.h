@@ -22,6 +22,7 @@ public:
 
     std::vector<PropertyValue> configurations() const override;
     float range() const override;
+    CameraMode cameraMode() const;
 
 protected:
     void produceSample(plugin::SampleSink& sink, uint64_t captureTime) override;

@@ -168,4 +168,12 @@ FrameFormat SimDevice::colorFrameFormat() const
     return FRAME_FORMAT_VGA;
 }
 
+CameraMode SimDevice::depthCameraMode() const
+{
+    for (const std::shared_ptr<SimNode>& node : simNodes())
+        if (node->kind() == NodeKind::Depth)
+            return static_cast<const SimDepthNode&>(*node).cameraMode();
+    return CAMERA_MODE_LONG_RANGE;
+}
+
 } // namespace Zerlane::sim

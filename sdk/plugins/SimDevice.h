@@ -38,6 +38,8 @@ public:
     const std::string& serial() const;
     // What the depth node's UV map points into: the colour node's current frame format (VGA without one).
     FrameFormat colorFrameFormat() const;
+    // The depth node's camera mode, which chooses the scene both cameras see (long range without one).
+    CameraMode depthCameraMode() const;
     // Blade-pass frequency of the cooling fan, heard by the microphones (0 with the fan off).
     float fanHumFrequency() const;
 

@@ -2,6 +2,7 @@
 #include "CollectingSink.h"
 #include "RecordingListener.h"
 
+#include "sdk/plugins/ColorRenderer.h"
 #include "sdk/plugins/DepthRenderer.h"
 #include "sdk/plugins/PinholeCamera.h"
 
@@ -279,19 +280,41 @@ private slots:
         depth->stop();
     }
 
-    void closeRangeAliasesTheFarWall()
+    void closeRangeLooksAtTheDeskAndAliasesTheRoomBeyond()
     {
+        // The close-range mode looks at a desk within a metre; only the room's ceiling over the partition at
+        // the desk's back is beyond the mode's 3 m, and aliases. The long-range mode sees the whole room.
         auto depth = node(NodeKind::Depth);
         depth->setProperty("enableDepthMap", true);
         depth->start(&m_sink);
         depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 30, CAMERA_MODE_CLOSE_RANGE, false});
         const auto close = stepOneDepthSample();
         QCOMPARE(close.depthMap.size(), 320 * 240); // the new resolution from the next sample on
-        QVERIFY(centralShare(close, 320, 240, 32003) > 0.5);
-        QVERIFY(countDepth(close, 32003) < 320 * 240 * 95 / 100); // the near cabinet and floor are measured
+        int aliased = 0, aliasedBelowTheTop = 0, centralBeyondAMetre = 0;
+        for (int y = 0; y < 240; ++y) {
+            for (int x = 0; x < 320; ++x) {
+                const int16_t d = close.depthMap[y * 320 + x];
+                aliased += d == 32003;
+                aliasedBelowTheTop += d == 32003 && y >= 24;
+                centralBeyondAMetre += d <= 32000 && d > 1000 && x >= 107 && x < 213 && y >= 80 && y < 160;
+            }
+        }
+        QVERIFY2(aliased > 320 && aliasedBelowTheTop == 0, qPrintable(QString("%1 %2").arg(aliased).arg(aliasedBelowTheTop)));
+        QCOMPARE(centralShare(close, 320, 240, 32003), 0.0);
+        QCOMPARE(centralBeyondAMetre, 0);
 
         depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_QVGA, 30, CAMERA_MODE_LONG_RANGE, false});
-        QCOMPARE(centralShare(stepOneDepthSample(), 320, 240, 32003), 0.0);
+        const auto far = stepOneDepthSample();
+        QCOMPARE(countDepth(far, 32003), 0);
+        int centralMeasured = 0, centralBeyondTwoMetres = 0;
+        for (int y = 80; y < 160; ++y) {
+            for (int x = 107; x < 213; ++x) {
+                const int16_t d = far.depthMap[y * 320 + x];
+                centralMeasured += d <= 32000;
+                centralBeyondTwoMetres += d <= 32000 && d > 2000;
+            }
+        }
+        QVERIFY(centralBeyondTwoMetres > centralMeasured * 9 / 10); // the far end of the room
         depth->stop();
     }
 
@@ -416,6 +439,50 @@ private slots:
         for (int i = 0; i < raw.colorMap.size(); i += 3 * 97)
             shades.insert(raw.colorMap[i] | raw.colorMap[i + 1] << 8 | raw.colorMap[i + 2] << 16);
         QVERIFY(shades.size() > 50);
+        color->stop();
+    }
+
+    void colourPicturesWhatTheDepthModeShows()
+    {
+        // The colour camera images the depth camera's scene from beside it: the room in long range, the desk
+        // while the depth node is in close range, the room again when it goes back or leaves the camera. The
+        // lower left corner is static in both scenes: it is compared with the renderer's pictures.
+        auto color = node(NodeKind::Color);
+        ColorNodeConfiguration bgr = std::get<ColorNodeConfiguration>(color->configuration());
+        bgr.compression = COMPRESSION_TYPE_NONE;
+        color->setConfiguration(bgr);
+        color->setProperty("enableColorMap", true);
+        color->start(&m_sink);
+        auto corner = [](const uint8_t* picture) {
+            std::vector<uint8_t> bytes;
+            for (int y = 420; y < 480; ++y)
+                bytes.insert(bytes.end(), picture + (y * 640) * 3, picture + (y * 640 + 100) * 3);
+            return bytes;
+        };
+        auto cornerOf = [&](sim::Scene::Kind kind) {
+            sim::ColorRenderer renderer;
+            std::vector<uint8_t> picture(sim::ColorRenderer::frameBytes(bgr));
+            renderer.render(bgr, {}, kind, 0.0, picture.data());
+            return corner(picture.data());
+        };
+        auto cornerNow = [&]() {
+            m_sink.clear();
+            Control::step(1);
+            return corner(m_sink.color().at(0).colorMap.data());
+        };
+        const std::vector<uint8_t> room = cornerOf(sim::Scene::Kind::Room), desk = cornerOf(sim::Scene::Kind::Desk);
+        QVERIFY(room != desk);
+
+        QVERIFY(cornerNow() == room);
+        auto depth = node(NodeKind::Depth);
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_VGA, 30, CAMERA_MODE_CLOSE_RANGE, false});
+        QVERIFY(cornerNow() == desk);
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_VGA, 30, CAMERA_MODE_LONG_RANGE, false});
+        QVERIFY(cornerNow() == room);
+        depth->setConfiguration(DepthNodeConfiguration{FRAME_FORMAT_VGA, 30, CAMERA_MODE_CLOSE_RANGE, false});
+        QVERIFY(cornerNow() == desk);
+        Control::removeNode("ZS0001", NodeKind::Depth);
+        QVERIFY(cornerNow() == room);
         color->stop();
     }
 
