@@ -106,7 +106,7 @@ ZerlaneViewer::ZerlaneViewer()
     ui->actionRecordQvf->setVisible(false);
 
     connect(ui->actionCascade, &QAction::triggered, ui->mdiArea, &QMdiArea::cascadeSubWindows);
-    connect(ui->actionTile, &QAction::triggered, ui->mdiArea, &QMdiArea::tileSubWindows);
+    connect(ui->actionTile, &QAction::triggered, ui->mdiArea, &MdiArea::tileSubWindows);
 
     if (Settings::autoSaveWorkspace())
         restoreWindowGeometry();

@@ -8,6 +8,7 @@
 #include "views/BufferDisplayWidget.h"
 #include "views/BufferSubWindow.h"
 #include "views/StandardDeviationDisplayWidget.h"
+#include "views/TileLayout.h"
 
 #include <QBrush>
 #include <QDataStream>
@@ -15,6 +16,8 @@
 #include <QDropEvent>
 #include <QImage>
 #include <QMimeData>
+#include <QScrollBar>
+#include <QStyle>
 
 using Zerlane::Utils::Format;
 
@@ -24,6 +27,41 @@ MdiArea::MdiArea(QWidget* parent)
     setBackground(QBrush(QImage(":/images/logo_hallmere-700x372.png")));
     setAcceptDrops(true);
     viewport()->setAcceptDrops(true);
+    // Views larger than the area are scrolled to, never cut off.
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+}
+
+QList<QMdiSubWindow*> MdiArea::tileableSubWindows() const
+{
+    QList<QMdiSubWindow*> windows;
+    for (QMdiSubWindow* window : subWindowList(CreationOrder)) {
+        if (!window->isHidden() && !window->isMinimized())
+            windows << window;
+    }
+    return windows;
+}
+
+void MdiArea::scrollToOrigin()
+{
+    horizontalScrollBar()->setValue(0);
+    verticalScrollBar()->setValue(0);
+}
+
+void MdiArea::tileSubWindows()
+{
+    const QList<QMdiSubWindow*> windows = tileableSubWindows();
+    QSize minimum;
+    for (QMdiSubWindow* window : windows) {
+        if (window->isMaximized())
+            window->showNormal();
+        minimum = minimum.expandedTo(window->minimumSizeHint()).expandedTo(window->minimumSize());
+    }
+    scrollToOrigin();
+    const QList<QRect> tiles = TileLayout::arrange(int(windows.size()), maximumViewportSize(), minimum,
+                                                   style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this));
+    for (qsizetype i = 0; i < windows.size(); ++i)
+        windows[i]->setGeometry(tiles[i]);
 }
 
 QString MdiArea::titleFor(BufferData* buffer)

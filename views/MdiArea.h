@@ -29,6 +29,13 @@ public:
     // "%1 [%2 - %3]": the buffer's name, its device's model and serial number.
     static QString titleFor(BufferData* buffer);
 
+public slots:
+    // Tiles the shown sub-windows over the area as it is: tiles keep the views' minimum size, and
+    // what does not fit runs on below for the area to scroll. The window around is never resized.
+    // It stands in for QMdiArea's slot of the same name, which grows the window to fit the tiles,
+    // so that whatever tiles this area, by pointer or by the slot's name, gets this layout.
+    void tileSubWindows();
+
 signals:
     // A view of the buffer is shown; `rebuilt` when it replaces one closed for a rebuild.
     void viewOpened(BufferData* buffer, bool rebuilt);
@@ -43,6 +50,8 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void scrollToOrigin();
+    QList<QMdiSubWindow*> tileableSubWindows() const;
     BufferSubWindow* createView(BufferData* buffer, bool rebuilt);
 
     ViewContext* m_context = nullptr;

@@ -1,6 +1,6 @@
 // Opening and closing buffer views: titles, the node properties they switch, drops, the
-// registration line, and a node that leaves while shown. Runs the real program objects over the
-// stepped simulated camera.
+// registration line, tiling, and a node that leaves while shown. Runs the real program objects
+// over the stepped simulated camera.
 
 #include "app/shared/TextUtils.h"
 #include "app/ViewerMain.h"
@@ -24,6 +24,7 @@
 #include <QDataStream>
 #include <QLabel>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QtTest>
 
 class TestSubWindows : public QObject {
@@ -186,6 +187,49 @@ private slots:
         window->findChild<QAction*>("actionStopNodes")->trigger();
         QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Stopped"; }));
         sub->close();
+    }
+
+    void tileFitsTheAreaAndNeverResizesTheWindow()
+    {
+        MdiArea* area = this->area();
+        const QSize windowSize = window->size();
+        QList<BufferSubWindow*> subs;
+        for (uint32_t type : {BufferData::Phase, BufferData::Confidence, BufferData::Depth, BufferData::DepthFloatingPoint,
+                              BufferData::Vertices, BufferData::VerticesFloatingPoint, BufferData::UV})
+            subs << area->openView(buffer(type));
+        subs.first()->showMaximized();
+        QCoreApplication::processEvents(); // laid out, as views are by the time the user tiles them
+        auto tile = [&] {
+            window->findChild<QAction*>("actionTile")->trigger();
+            QCoreApplication::processEvents();
+        };
+
+        // Seven views are more than the area holds: they keep their size and the area scrolls down.
+        tile();
+        QCOMPARE(window->size(), windowSize);
+        QVERIFY(!subs.first()->isMaximized());
+        for (BufferSubWindow* sub : subs) {
+            QVERIFY(sub->width() >= sub->minimumSizeHint().width());
+            QVERIFY(sub->height() >= sub->minimumSizeHint().height());
+            QVERIFY(sub->geometry().left() >= 0 && sub->geometry().right() <= area->viewport()->rect().right());
+            for (BufferSubWindow* other : subs)
+                QVERIFY(other == sub || !other->geometry().intersects(sub->geometry()));
+        }
+        QVERIFY(area->verticalScrollBar()->isVisible());
+        area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+        QVERIFY(area->viewport()->rect().contains(subs.last()->geometry()));
+
+        // Two fit side by side: both lie wholly inside the area, and nothing scrolls.
+        while (subs.size() > 2)
+            subs.takeLast()->close();
+        tile();
+        QCOMPARE(window->size(), windowSize);
+        QVERIFY(!area->verticalScrollBar()->isVisible());
+        for (BufferSubWindow* sub : subs)
+            QVERIFY(area->viewport()->rect().contains(sub->geometry()));
+        QCOMPARE(subs[0]->geometry().top(), subs[1]->geometry().top());
+        for (BufferSubWindow* sub : subs)
+            sub->close();
     }
 
     void aDepthViewIsRebuiltWhenItsMapSwitchesToThreePlanes()
