@@ -14,8 +14,11 @@
 #include <QDataStream>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMimeData>
+#include <QOpenGLContext>
+#include <QOpenGLWidget>
 #include <QScrollBar>
 #include <QStyle>
 
@@ -30,6 +33,23 @@ MdiArea::MdiArea(QWidget* parent)
     // Views larger than the area are scrolled to, never cut off.
     setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    compositeThroughOpenGl();
+}
+
+// A window that holds an OpenGL widget composites through OpenGL, and switching to that re-creates its
+// native window. Done when the first view opens, the switch loses the release of the double click that
+// opened it: the tree keeps the pointer, and no view sees it hover, until the next click. So the
+// window holds a hidden OpenGL widget from the start, where the platform can host OpenGL widgets at
+// all: the windowless ones (offscreen, minimal) cannot, and there the widget breaks every repaint.
+void MdiArea::compositeThroughOpenGl()
+{
+    const QString platform = QGuiApplication::platformName();
+    const bool windowed = platform == "xcb" || platform.startsWith("wayland") || platform == "eglfs";
+    QOpenGLContext probe;
+    if (!windowed || !probe.create())
+        return;
+    auto* placeholder = new QOpenGLWidget(this);
+    placeholder->hide();
 }
 
 QList<QMdiSubWindow*> MdiArea::tileableSubWindows() const

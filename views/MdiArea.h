@@ -50,6 +50,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void compositeThroughOpenGl();
     void scrollToOrigin();
     QList<QMdiSubWindow*> tileableSubWindows() const;
     BufferSubWindow* createView(BufferData* buffer, bool rebuilt);
