@@ -12,7 +12,12 @@
 
 #include "Zerlane/Zerlane.h"
 
+#include <QFontDatabase>
+#include <QLabel>
 #include <QMessageBox>
+#include <QStyle>
+
+#include <algorithm>
 
 QString ViewerMain::contextErrorText(const std::string& message)
 {
@@ -22,11 +27,34 @@ QString ViewerMain::contextErrorText(const std::string& message)
     return text;
 }
 
+std::unique_ptr<QMessageBox> ViewerMain::usageBox()
+{
+    auto box = std::make_unique<QMessageBox>(QMessageBox::Information, "Usage", CommandLine::usageText(),
+                                             QMessageBox::Ok, nullptr, Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
+    for (QLabel* label : box->findChildren<QLabel*>()) {
+        if (label->text() == box->text())
+            keepLinesWhole(label);
+    }
+    return box;
+}
+
+// The option lines are columns laid out with blanks: a fixed-pitch font keeps them in line, and a
+// label as wide as the longest line keeps the box from wrapping them. The box puts the label against
+// its right edge, so the label keeps a margin of its own there.
+void ViewerMain::keepLinesWhole(QLabel* label)
+{
+    label->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    int widest = 0;
+    for (const QString& line : label->text().split('\n'))
+        widest = std::max(widest, label->fontMetrics().horizontalAdvance(line));
+    const int margin = label->style()->pixelMetric(QStyle::PM_LayoutRightMargin);
+    label->setContentsMargins(0, 0, margin, 0);
+    label->setMinimumWidth(widest + margin);
+}
+
 void ViewerMain::showUsage()
 {
-    QMessageBox box(QMessageBox::Information, "Usage", CommandLine::usageText(), QMessageBox::Ok, nullptr,
-                    Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
-    box.exec();
+    usageBox()->exec();
 }
 
 void ViewerMain::showContextError(const QString& text)

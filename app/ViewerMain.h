@@ -2,10 +2,13 @@
 
 #include <QString>
 
+#include <memory>
 #include <string>
 
 // The program from start to end: options, objects, connections, threads, the event loop, shutdown.
 class QApplication;
+class QLabel;
+class QMessageBox;
 class RecordingThread;
 class WorkingThread;
 class ZerlaneThread;
@@ -34,7 +37,11 @@ public:
     // The "Error" dialog's text for a context that could not be opened: the message, capitalised.
     static QString contextErrorText(const std::string& message);
 
+    // The "Usage" box, not yet shown: its text in a fixed-pitch font, on lines kept whole.
+    static std::unique_ptr<QMessageBox> usageBox();
+
 private:
+    static void keepLinesWhole(QLabel* label);
     static void showUsage();
     static void showContextError(const QString& text);
 };

@@ -1,10 +1,12 @@
-// The command line and the start-up error text.
+// The command line, the usage box and the start-up error text.
 
 #include "app/CommandLine.h"
 #include "app/shared/StartupOptions.h"
 #include "app/ViewerMain.h"
 #include "support/ViewerTestSupport.h"
 
+#include <QLabel>
+#include <QMessageBox>
 #include <QtTest>
 
 #include <vector>
@@ -81,6 +83,32 @@ private slots:
                          "    -dd, --disabledepth             Don't use depth nodes\n"
                          "    -dc, --disablecolor             Don't use color nodes\n"
                          "    -da, --disableaudio             Don't use audio nodes\n\n"));
+    }
+
+    void usageBoxKeepsItsOptionColumnsInLine()
+    {
+        std::unique_ptr<QMessageBox> box = ViewerMain::usageBox();
+        QCOMPARE(box->windowTitle(), QString("Usage"));
+        box->show();
+        QVERIFY(QTest::qWaitForWindowExposed(box.get()));
+        QLabel* label = nullptr;
+        for (QLabel* candidate : box->findChildren<QLabel*>()) {
+            if (candidate->text() == QString(CommandLine::usageText()))
+                label = candidate;
+        }
+        QVERIFY2(label, "the usage text is not shown as it is");
+
+        // Each option's explanation starts at the same place, and no line is wrapped.
+        const QRegularExpression option("^(    -\\S.*\\s{2,})\\S");
+        QSet<int> explanationStarts;
+        for (const QString& line : label->text().split('\n')) {
+            QVERIFY2(label->fontMetrics().horizontalAdvance(line) <= label->contentsRect().width(), qPrintable(line));
+            const QRegularExpressionMatch match = option.match(line);
+            if (match.hasMatch())
+                explanationStarts << label->fontMetrics().horizontalAdvance(match.captured(1));
+        }
+        QCOMPARE(explanationStarts.size(), 1);
+        box->close();
     }
 
     void noServerGivesACapitalisedError()
