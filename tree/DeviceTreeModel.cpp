@@ -106,11 +106,14 @@ QVariant DeviceTreeModel::data(const QModelIndex& index, int role) const
 
 QVariant DeviceTreeModel::deviceData(DeviceNodeBufferData* record, int role) const
 {
+    auto* device = static_cast<DeviceData*>(record);
     if (role == Qt::DecorationRole)
         return m_deviceIcon;
+    if (role == Qt::ToolTipRole)
+        return stateText(device->registered, device->controlled);
     if (role != Qt::DisplayRole)
         return QVariant();
-    return deviceText(static_cast<DeviceData*>(record)->device);
+    return deviceText(device->device);
 }
 
 QVariant DeviceTreeModel::nodeData(DeviceNodeBufferData* record, int role) const
@@ -128,6 +131,8 @@ QVariant DeviceTreeModel::nodeData(DeviceNodeBufferData* record, int role) const
             return m_depthIcon;
         return m_unsupportedIcon;
     }
+    if (role == Qt::ToolTipRole)
+        return stateText(node->registered, node->controlled);
     if (role == Qt::FontRole) {
         // Bold while registered; italic while registered but not under this program's control.
         QFont font;
@@ -136,6 +141,18 @@ QVariant DeviceTreeModel::nodeData(DeviceNodeBufferData* record, int role) const
         return font;
     }
     return QVariant();
+}
+
+// What the row's font shows, in words.
+QString DeviceTreeModel::stateText(bool registered, bool controlled)
+{
+    if (registered && controlled)
+        return "Registered and controlled";
+    if (registered)
+        return "Registered";
+    if (controlled)
+        return "Controlled";
+    return "Not registered";
 }
 
 QVariant DeviceTreeModel::bufferData(DeviceNodeBufferData* record, int role) const

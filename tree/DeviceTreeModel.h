@@ -39,6 +39,8 @@ private:
     QVariant deviceData(DeviceNodeBufferData* record, int role) const;
     QVariant nodeData(DeviceNodeBufferData* record, int role) const;
     QVariant bufferData(DeviceNodeBufferData* record, int role) const;
+    // The tool tip of a device or node row: "Registered", "Controlled", both, or "Not registered".
+    static QString stateText(bool registered, bool controlled);
 
     CameraManager* m_store;
     QIcon m_deviceIcon;

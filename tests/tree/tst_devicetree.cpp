@@ -81,27 +81,38 @@ private slots:
         QCOMPARE(model->flags(QModelIndex()), Qt::NoItemFlags);
     }
 
-    void nodeFontsFollowRegistrationAndControl()
+    void rowFontsAndToolTipsFollowRegistrationAndControl()
     {
         fixture.buildRecords();
         NodeData* node = fixture.depth;
         const QModelIndex index = model->indexOf(node);
         auto font = [&] { return model->data(index, Qt::FontRole).value<QFont>(); };
+        auto tip = [&](const QModelIndex& row) { return model->data(row, Qt::ToolTipRole).toString(); };
         QCOMPARE(font().weight(), QFont::Normal);
         QVERIFY(!font().italic());
+        QCOMPARE(tip(index), QString("Not registered"));
         node->controlled = true;
         QCOMPARE(font().weight(), QFont::Normal); // controlled but not registered
         QVERIFY(!font().italic());
+        QCOMPARE(tip(index), QString("Controlled"));
         node->registered = true;
         QCOMPARE(font().weight(), QFont::Bold);
         QVERIFY(!font().italic());
+        QCOMPARE(tip(index), QString("Registered and controlled"));
         node->controlled = false;
         QCOMPARE(font().weight(), QFont::Bold);
         QVERIFY(font().italic()); // registered, not controlled
+        QCOMPARE(tip(index), QString("Registered"));
 
+        // A device row says the same of its device; buffer rows say nothing.
+        const QModelIndex device = model->indexOf(fixture.deviceRecord);
+        QCOMPARE(tip(device), QString("Not registered"));
+        fixture.deviceRecord->registered = true;
+        QCOMPARE(tip(device), QString("Registered"));
         BufferData* buffer = node->buffers[0];
         QCOMPARE(model->data(model->indexOf(buffer), Qt::FontRole).value<QFont>().weight(), QFont::Normal);
         QVERIFY(!model->data(model->indexOf(buffer), Qt::DecorationRole).isValid());
+        QVERIFY(!model->data(model->indexOf(buffer), Qt::ToolTipRole).isValid());
     }
 
     void deviceTextFallsBackWhenTheCameraFails()
