@@ -203,20 +203,31 @@ private slots:
         fixture.buildRecords();
         DeviceTreeView view;
         view.setModel(model);
-        QAction registerNode("&Register node"), controlNode("&Control node");
+        QPixmap picture(16, 16);
+        picture.fill(Qt::darkCyan);
+        QAction registerNode(QIcon(picture), "&Register node"), controlNode(QIcon(picture), "&Control node");
+        registerNode.setCheckable(true);
+        registerNode.setChecked(true);
+        controlNode.setCheckable(true);
         view.setNodeActions({&registerNode, &controlNode});
         view.resize(300, 400);
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
 
-        // Answers the menu that opens (if one does) with the texts of its actions.
+        // Answers the menu that opens (if one does) with the texts of its actions, and keeps the
+        // picture of each item's check column.
+        QList<QImage> checkColumns;
         auto menuOn = [&](const QModelIndex& index) {
             view.setCurrentIndex(index);
             QStringList texts;
-            QTimer::singleShot(50, [&texts] {
+            checkColumns.clear();
+            QTimer::singleShot(50, [&] {
                 if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
-                    for (QAction* action : menu->actions())
+                    for (QAction* action : menu->actions()) {
                         texts << action->text();
+                        const QRect item = menu->actionGeometry(action);
+                        checkColumns << menu->grab(QRect(item.topLeft(), QSize(item.height(), item.height()))).toImage();
+                    }
                     menu->close();
                 }
             });
@@ -227,6 +238,23 @@ private slots:
         };
         const QModelIndex depth = model->indexOf(fixture.depth);
         QCOMPARE(menuOn(depth), (QStringList{"&Register node", "&Control node"}));
+
+        // The checked item shows a check mark where the unchecked one shows an empty box, as a
+        // checkable item without an icon does; the icons do not hide them.
+        QCOMPARE(checkColumns.size(), 2);
+        QMenu plain;
+        plain.addAction("&Register node")->setCheckable(true);
+        plain.actions()[0]->setChecked(true);
+        plain.addAction("&Control node")->setCheckable(true);
+        plain.ensurePolished();
+        plain.adjustSize();
+        for (int i = 0; i < 2; ++i) {
+            const QRect item = plain.actionGeometry(plain.actions()[i]);
+            const QImage expected = plain.grab(QRect(item.topLeft(), QSize(item.height(), item.height()))).toImage();
+            QCOMPARE(checkColumns[i].convertToFormat(QImage::Format_RGB32), expected.convertToFormat(QImage::Format_RGB32));
+        }
+        QVERIFY(checkColumns[0] != checkColumns[1]);
+
         QCOMPARE(menuOn(model->index(0, 0)), QStringList());          // a device
         QCOMPARE(menuOn(model->index(2, 0, depth)), QStringList());   // a buffer
     }
