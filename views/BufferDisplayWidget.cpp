@@ -16,6 +16,8 @@
 #include <QMouseEvent>
 #include <QMutexLocker>
 
+#include <algorithm>
+
 BufferDisplayWidget::BufferDisplayWidget(QWidget* parent)
     : BaseBufferDisplayWidget(parent)
     , ui(std::make_unique<Ui::BufferDisplayWidgetClass>())
@@ -23,6 +25,23 @@ BufferDisplayWidget::BufferDisplayWidget(QWidget* parent)
     ui->setupUi(this);
     connect(ui->displayWidget, &DisplayWidget::displayed, this, &BufferDisplayWidget::setTimeOfDisplay);
     connect(ui->displayWidget, &DisplayWidget::pointerChanged, this, &BufferDisplayWidget::refresh);
+    connect(ui->displayWidget, &DisplayWidget::cameraChanged, this, &BufferDisplayWidget::refresh);
+    reserveReadoutRoom();
+}
+
+// The readout wraps: a 3D camera line, or a region being selected, is wider than the smallest view.
+// The room its longest lines take at that width is kept from the start, so that a longer line neither
+// squeezes the labels under the display nor is squeezed out of sight itself.
+void BufferDisplayWidget::reserveReadoutRoom()
+{
+    QLabel* label = ui->interactiveInfoLabel;
+    const QRect widthOfSmallestView(0, 0, ui->displayWidget->minimumWidth(), QWIDGETSIZE_MAX);
+    int height = 0;
+    for (const QString& longest : {PixelReadout::cameraText(-88.88f, -88.88f, -88.88f, 888.88f, -88.88f, -888.88f),
+                                   PixelReadout::roiSelectionText(8888, 8888, 8888, 8888)})
+        height = std::max(height, label->fontMetrics().boundingRect(widthOfSmallestView, Qt::TextWordWrap, longest).height());
+    label->setMinimumHeight(height);
+    label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 }
 
 BufferDisplayWidget::~BufferDisplayWidget() = default;

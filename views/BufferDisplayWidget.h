@@ -66,6 +66,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
+    void reserveReadoutRoom();
     void updateReadout();
     // Flat views of images (not audio, not the statistics) choose regions.
     bool selectsRegions() const;

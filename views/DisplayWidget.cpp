@@ -155,6 +155,7 @@ void DisplayWidget::setCamera(float x, float y, float z, float distance, float p
 {
     // Presets and saved views come from the settings file, which may hold anything.
     m_camera.place(x, y, z, distance, pan, tilt);
+    emit cameraChanged();
     update();
 }
 
@@ -580,10 +581,13 @@ void DisplayWidget::mouseMoveEvent(QMouseEvent* event)
     if (m_is3D && !m_reload) {
         const bool plain = !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
         const QPoint delta = position - m_lastDragPosition;
-        if (plain && event->buttons() == Qt::LeftButton)
+        if (plain && event->buttons() == Qt::LeftButton) {
             m_camera.rotate(delta.x(), delta.y(), height());
-        else if (plain && event->buttons() == Qt::RightButton)
+            emit cameraChanged();
+        } else if (plain && event->buttons() == Qt::RightButton) {
             m_camera.dolly(delta.y(), height());
+            emit cameraChanged();
+        }
     }
     m_lastDragPosition = position;
     storePointer(position);
@@ -616,6 +620,7 @@ void DisplayWidget::wheelEvent(QWheelEvent* event)
     }
     if (!m_reload) {
         m_camera.wheel(event->angleDelta().y());
+        emit cameraChanged();
         update();
     }
 }
@@ -651,5 +656,6 @@ void DisplayWidget::pickTarget(QPoint position)
     const QVector3D point = m_camera.unproject(float(position.x()) + 0.5f, float(m_height - position.y()) - 0.5f,
                                                depth, viewport, m_unitScale, m_mirror);
     m_camera.retarget(point / m_unitScale);
+    emit cameraChanged();
     update();
 }

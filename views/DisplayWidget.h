@@ -88,6 +88,8 @@ public:
 signals:
     void displayed(qint64 displayTime);
     void pointerChanged();
+    // The 3D camera moved: set, loaded from a preset, or moved by the mouse.
+    void cameraChanged();
 
 protected:
     void initializeGL() override;

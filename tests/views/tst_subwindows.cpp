@@ -18,7 +18,9 @@
 #include "views/BufferSubWindow.h"
 #include "views/DisplayWidget.h"
 #include "views/MdiArea.h"
+#include "views/PixelReadout.h"
 #include "worker/PostponedCalls.h"
+#include "worker/Settings.h"
 #include "worker/WorkingThread.h"
 
 // Mouse events of QTest go through the window, as the window system's do.
@@ -219,6 +221,56 @@ private slots:
         window->findChild<QAction*>("actionStopNodes")->trigger();
         QVERIFY(ViewerTest::waitFor([&] { return window->streamingStatusText() == "Stopped"; }));
         sub->close();
+    }
+
+    void aThreeDReadoutFollowsItsCameraAtOnceAndIsShownWhole()
+    {
+        CameraManager::instance()->registerNode(depth, true);
+        BufferSubWindow* sub = area()->openView(buffer(BufferData::VerticesFloatingPoint));
+        const auto close = qScopeGuard([&] {
+            sub->close();
+            CameraManager::instance()->registerNode(depth, false);
+        });
+        auto* view = qobject_cast<BufferDisplayWidget*>(sub->widget());
+        QVERIFY(view->isThreeDimensional());
+        area()->setActiveSubWindow(sub);
+        QVERIFY(QTest::qWaitForWindowExposed(sub));
+        view->refresh();
+        auto shown = [&] {
+            float x, y, z, distance, pan, tilt;
+            view->getCamera(&x, &y, &z, &distance, &pan, &tilt);
+            return PixelReadout::cameraText(x, y, z, distance, tilt, pan);
+        };
+        QCOMPARE(view->interactiveInfo(), shown());
+
+        // A preset button: the line tells the new camera before any periodic refresh, negative
+        // numbers and all.
+        Settings::setCameraTargetX(Settings::Left, -1.25f);
+        Settings::setCameraTargetY(Settings::Left, -0.5f);
+        Settings::setCameraTargetZ(Settings::Left, 2.75f);
+        Settings::setCameraTargetDistance(Settings::Left, 13.5f);
+        Settings::setCameraPan(Settings::Left, 225.f);
+        Settings::setCameraTilt(Settings::Left, -30.f);
+        window->findChild<QAction*>("actionViewLeft")->trigger();
+        QCOMPARE(view->interactiveInfo(), PixelReadout::cameraText(-1.25f, -0.5f, 2.75f, 13.5f, -30.f, 225.f));
+        view->setCamera(0.f, 0.f, 1.f, 2.f, 10.f, 20.f);
+        QCOMPARE(view->interactiveInfo(), shown());
+
+        // At the size the view opened with, the whole line is on screen: wrapped, not cut.
+        window->findChild<QAction*>("actionViewLeft")->trigger();
+        QCoreApplication::processEvents();
+        auto* label = view->findChild<QLabel*>("interactiveInfoLabel");
+        QVERIFY(label->wordWrap());
+        QVERIFY(label->fontMetrics().horizontalAdvance(label->text()) > label->width()); // it does wrap here
+        QVERIFY(label->height() >= label->heightForWidth(label->width()));
+        QVERIFY(view->rect().contains(label->geometry()));
+        // So is it in the smallest view, where the labels under the line keep their room too.
+        sub->resize(sub->minimumSizeHint());
+        QCoreApplication::processEvents();
+        QVERIFY(label->height() >= label->heightForWidth(label->width()));
+        auto* below = view->findChild<QLabel*>("labelInfo");
+        QVERIFY(below->height() >= below->sizeHint().height());
+        QVERIFY(label->geometry().bottom() < below->geometry().top());
     }
 
     void tileFitsTheAreaAndNeverResizesTheWindow()
