@@ -66,6 +66,7 @@ void ClientSession::readLoop()
             throw TransportException("it does not speak the Zerlane protocol");
         m_client.name = first.hello().name().substr(0, 256);
         m_client.pid = first.hello().pid();
+        m_version = first.hello().version();
 
         const std::string refusal = m_host.admit(*this);
         if (!refusal.empty()) {

@@ -52,6 +52,7 @@ public:
     const Context::ClientData_p& client() const { return m_client; }
     std::string peer() const { return m_client.address + ":" + std::to_string(m_client.port); }
     bool admitted() const { return m_admitted.load(); }
+    uint32_t protocolVersion() const { return m_version; }
 
     // A message for this client; ends the session when the client leaves too much unread.
     void send(const wire::Envelope& envelope);
@@ -69,6 +70,7 @@ private:
     wire::SocketStream m_stream;
     SessionOutbox m_outbox;
     std::atomic<bool> m_admitted {false};
+    uint32_t m_version = 0;
     std::mutex m_reasonMutex;
     std::string m_reason; // the first fault, when the writer or close() saw it first
     std::thread m_reader;

@@ -165,6 +165,10 @@ std::string Server::admit(ClientSession& session)
     for (wire::DeviceInfo& device : m_host.devices())
         *welcome.mutable_welcome()->add_devices() = std::move(device);
 
+    if (session.protocolVersion() != wire::WireLimits::VERSION) {
+        return Utils::Format("protocol version % is not supported (this server speaks version %)")
+               % session.protocolVersion() % wire::WireLimits::VERSION;
+    }
     std::lock_guard<std::mutex> lock(m_mutex);
     std::size_t admitted = 0;
     for (const auto& [id, other] : m_sessions)
