@@ -30,17 +30,6 @@ bool isConfigurationType(PropertyType type)
         || type == PropertyType::AudioConfiguration;
 }
 
-std::string kindName(NodeKind kind)
-{
-    switch (kind) {
-    case NodeKind::Depth: return "depth";
-    case NodeKind::Color: return "color";
-    case NodeKind::Audio: return "audio";
-    case NodeKind::Unsupported: break;
-    }
-    return "unsupported";
-}
-
 const plugin::PropertySpec& findSpec(const plugin::TypeSpec& type, const std::string& name)
 {
     for (const plugin::PropertySpec& spec : type.properties) {
@@ -301,7 +290,7 @@ CameraHost::Target CameraHost::target(uint32_t id) const
     }
     t.description = "device " + t.device->serialNumber();
     if (t.node)
-        t.description = kindName(t.node->kind()) + " node of " + t.description;
+        t.description = NodeKind_toString(t.node->kind()) + " node of " + t.description;
     return t;
 }
 

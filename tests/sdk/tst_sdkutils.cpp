@@ -3,6 +3,8 @@
 #include "Zerlane/Zerlane.h"
 #include "Zerlane/plugin/FaultInjector.h"
 
+#include "SdkTestSupport.h"
+
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -18,6 +20,7 @@
 
 using namespace Zerlane;
 using Zerlane::plugin::FaultInjector;
+using SdkTestSupport::messageOf;
 
 namespace {
 
@@ -44,16 +47,6 @@ private:
     uint16_t m_port = 0;
 };
 
-template <class E, class F>
-QString messageOf(F&& call)
-{
-    try {
-        call();
-    } catch (const E& e) {
-        return QString::fromStdString(e.what());
-    }
-    return QStringLiteral("<no exception>");
-}
 
 } // namespace
 
