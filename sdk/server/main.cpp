@@ -7,6 +7,8 @@
 #include "Zerlane/Utils/HMLogger.h"
 #include "Zerlane/plugin/PluginLibrary.h"
 
+#include <google/protobuf/stubs/logging.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
@@ -55,6 +57,9 @@ int main(int argc, char** argv)
         }
     }
     std::signal(SIGPIPE, SIG_IGN);
+    // A malformed message from a client is reported once, by the session that closes its connection;
+    // the protocol library's own complaint (for example about invalid UTF-8) would only repeat it.
+    google::protobuf::SetLogHandler(nullptr);
 
     Zerlane::Utils::HMLogger* logger = Zerlane::Utils::HMLogger::instance();
     try {
