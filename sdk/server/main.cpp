@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <system_error>
 
 namespace {
 
@@ -68,6 +69,12 @@ int main(int argc, char** argv)
                      + " (at most " + std::to_string(options.maxClients) + " clients)");
         server.run();
         logger->info("zerlane-server stopped");
+    } catch (const std::system_error& e) {
+        // Binding failed: a malformed address, or the port is taken (another server already runs?).
+        logger->error("zerlane-server: cannot listen on " + options.address + ":" + std::to_string(options.port) + " ("
+                      + e.code().message() + ")");
+        logger->release();
+        return 1;
     } catch (const std::exception& e) {
         logger->error(std::string("zerlane-server: ") + e.what());
         logger->release();
