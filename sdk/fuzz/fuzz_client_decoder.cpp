@@ -1,6 +1,5 @@
 // What a client does with the server's bytes: frame and envelope decoding under the limits, the
 // device and type descriptions of a welcome or notice, and samples with their map blocks.
-#include "BufferPool.h"
 #include "FrameReader.h"
 #include "MemorySource.h"
 #include "SampleCodec.h"
@@ -10,7 +9,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static Zerlane::wire::BufferPool pool;
+    static Zerlane::sim::BlockPool pool;
     Zerlane::wire::MemorySource source(data, size);
     Zerlane::wire::FrameReader reader(source);
     const auto devices = [](const auto& list) {

@@ -23,6 +23,19 @@ std::string describe(const Context::ClientData_p& client)
     return Utils::Format("% (PID=%) from %:%") % client.name % client.pid % client.address % client.port;
 }
 
+// Tells the other clients that this one arrived or left.
+wire::Envelope clientNotice(wire::NoticeKind kind, const Context::ClientData_p& client)
+{
+    wire::Envelope envelope;
+    wire::Notice& notice = *envelope.mutable_notice();
+    notice.set_kind(kind);
+    notice.mutable_client()->set_name(client.name);
+    notice.mutable_client()->set_pid(client.pid);
+    notice.mutable_client()->set_address(client.address);
+    notice.mutable_client()->set_port(client.port);
+    return envelope;
+}
+
 } // namespace
 
 Server::Server(Options options, std::vector<std::unique_ptr<plugin::Driver>> drivers)
@@ -149,17 +162,7 @@ void Server::broadcast(const wire::Notice& notice, const ClientSession* except)
 
 std::string Server::admit(ClientSession& session)
 {
-    const wire::Envelope introduced = [&] {
-        wire::Envelope envelope;
-        wire::Notice& notice = *envelope.mutable_notice();
-        notice.set_kind(wire::NOTICE_CLIENT_CONNECTED);
-        const Context::ClientData_p& c = session.client();
-        notice.mutable_client()->set_name(c.name);
-        notice.mutable_client()->set_pid(c.pid);
-        notice.mutable_client()->set_address(c.address);
-        notice.mutable_client()->set_port(c.port);
-        return envelope;
-    }();
+    const wire::Envelope introduced = clientNotice(wire::NOTICE_CLIENT_CONNECTED, session.client());
     wire::Envelope welcome;
     welcome.mutable_welcome()->set_version(wire::WireLimits::VERSION);
     for (wire::DeviceInfo& device : m_host.devices())
@@ -199,14 +202,7 @@ void Server::closed(ClientSession& session, const std::string& reason)
         return;
     if (session.admitted()) {
         log(Utils::HMLogger::Level::Info, "client " + describe(session.client()) + " disconnected (" + reason + ")");
-        wire::Envelope envelope;
-        wire::Notice& notice = *envelope.mutable_notice();
-        notice.set_kind(wire::NOTICE_CLIENT_DISCONNECTED);
-        const Context::ClientData_p& c = session.client();
-        notice.mutable_client()->set_name(c.name);
-        notice.mutable_client()->set_pid(c.pid);
-        notice.mutable_client()->set_address(c.address);
-        notice.mutable_client()->set_port(c.port);
+        const wire::Envelope envelope = clientNotice(wire::NOTICE_CLIENT_DISCONNECTED, session.client());
         for (const auto& [id, other] : m_sessions) {
             if (other.get() != &session && other->admitted())
                 other->send(envelope);

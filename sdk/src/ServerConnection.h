@@ -1,6 +1,5 @@
 #pragma once
 
-#include "BufferPool.h"
 #include "SampleCodec.h"
 #include "SocketStream.h"
 #include "zerlane_wire.pb.h"
@@ -59,7 +58,7 @@ private:
     std::string m_where;
     std::unique_ptr<wire::SocketStream> m_stream;
     wire::Welcome m_welcome;
-    wire::BufferPool m_pool;
+    sim::BlockPool m_pool;
     Receiver* m_receiver = nullptr;
     std::thread m_reader;
 
