@@ -76,7 +76,6 @@ void ClientSession::readLoop()
             m_stream.write(wire::FrameWriter::frame(welcome));
             throw TransportException("refused: " + refusal);
         }
-        m_admitted = true;
         m_writer = std::thread([this] { writeLoop(); });
 
         for (;;) {

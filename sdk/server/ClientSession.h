@@ -52,6 +52,8 @@ public:
     const Context::ClientData_p& client() const { return m_client; }
     std::string peer() const { return m_client.address + ":" + std::to_string(m_client.port); }
     bool admitted() const { return m_admitted.load(); }
+    // From now on the server's notices reach this client (set by the server with its welcome).
+    void setAdmitted() { m_admitted = true; }
     uint32_t protocolVersion() const { return m_version; }
 
     // A message for this client; ends the session when the client leaves too much unread.

@@ -162,28 +162,30 @@ void Server::broadcast(const wire::Notice& notice, const ClientSession* except)
 
 std::string Server::admit(ClientSession& session)
 {
-    const wire::Envelope introduced = clientNotice(wire::NOTICE_CLIENT_CONNECTED, session.client());
-    wire::Envelope welcome;
-    welcome.mutable_welcome()->set_version(wire::WireLimits::VERSION);
-    for (wire::DeviceInfo& device : m_host.devices())
-        *welcome.mutable_welcome()->add_devices() = std::move(device);
-
     if (session.protocolVersion() != wire::WireLimits::VERSION) {
         return Utils::Format("protocol version % is not supported (this server speaks version %)")
                % session.protocolVersion() % wire::WireLimits::VERSION;
     }
+    const wire::Envelope introduced = clientNotice(wire::NOTICE_CLIENT_CONNECTED, session.client());
+    // Under the sessions' lock, so that every device change after the welcome's snapshot reaches the
+    // client as a notice (one just before it may come twice; the client ignores what it knows).
     std::lock_guard<std::mutex> lock(m_mutex);
     std::size_t admitted = 0;
     for (const auto& [id, other] : m_sessions)
         admitted += other->admitted() ? 1 : 0;
     if (admitted >= m_options.maxClients)
         return Utils::Format("the server already serves % clients, its limit") % admitted;
+    wire::Envelope welcome;
+    welcome.mutable_welcome()->set_version(wire::WireLimits::VERSION);
+    for (wire::DeviceInfo& device : m_host.devices())
+        *welcome.mutable_welcome()->add_devices() = std::move(device);
     // The welcome goes first, before any notice another thread may broadcast once this client counts.
     session.send(welcome);
     for (const auto& [id, other] : m_sessions) {
         if (other->admitted())
             other->send(introduced);
     }
+    session.setAdmitted();
     log(Utils::HMLogger::Level::Info, "client " + describe(session.client()) + " connected");
     return {};
 }
