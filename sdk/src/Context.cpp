@@ -5,7 +5,8 @@
 #include "DeviceImpl.h"
 #include "NodeImpl.h"
 #include "PluginLoader.h"
-#include "ServerConnector.h"
+#include "ClientRuntime.h"
+#include "ServerConnection.h"
 #include "StandaloneRuntime.h"
 
 #include "Zerlane/plugin/FaultInjector.h"
@@ -49,7 +50,9 @@ Context Context::create()
 Context Context::create(const std::string& host, uint16_t port)
 {
     FaultInjector::check("Context::create");
-    detail::ServerConnector::connect(host, port);
+    auto runtime = std::make_shared<detail::ClientRuntime>(std::make_shared<detail::ServerConnection>(host, port));
+    runtime->connect();
+    return Context(std::move(runtime));
 }
 
 bool Context::isSet() const

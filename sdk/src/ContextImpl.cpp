@@ -35,6 +35,7 @@ void ContextImpl::run()
     if (m_running.exchange(true))
         throw InvalidOperationException("Context::run() is already running on another thread");
     RunningGuard guard(m_running);
+    ensureUsable();
     while (EventQueue::Action action = m_queue.waitNext())
         action();
 }
@@ -77,6 +78,16 @@ void ContextImpl::postNodeAdded(std::shared_ptr<NodeImpl> node)
 void ContextImpl::postNodeRemoved(std::shared_ptr<NodeImpl> node)
 {
     m_queue.post([node = std::move(node)] { node->device()->nodeRemovedEvent().fire(node->device()->handle(), {node->handle()}); });
+}
+
+void ContextImpl::postClientConnected(const Context::ClientData_p& client)
+{
+    m_queue.post([this, client] { m_clientConnected.fire(handle(), client); });
+}
+
+void ContextImpl::postClientDisconnected(const Context::ClientData_p& client)
+{
+    m_queue.post([this, client] { m_clientDisconnected.fire(handle(), client); });
 }
 
 } // namespace Zerlane::detail

@@ -15,7 +15,7 @@ class InterfaceImpl;
 class NodeImpl;
 
 // What every kind of context shares: the event queue and its dispatcher, and the context's own events.
-// The transport side (in-process drivers; a server connection later) is a subclass.
+// The transport side (in-process drivers, a server connection) is a subclass.
 class ContextImpl : public std::enable_shared_from_this<ContextImpl> {
 public:
     ContextImpl();
@@ -35,6 +35,8 @@ public:
     void postDeviceRemoved(std::shared_ptr<DeviceImpl> device);
     void postNodeAdded(std::shared_ptr<NodeImpl> node);
     void postNodeRemoved(std::shared_ptr<NodeImpl> node);
+    void postClientConnected(const Context::ClientData_p& client);
+    void postClientDisconnected(const Context::ClientData_p& client);
 
     virtual std::vector<Device> devices() const = 0;
     virtual void registerNode(NodeImpl& node) = 0;
@@ -48,6 +50,10 @@ public:
     Event<Context, Context::ClientDisconnectedData_p>& clientDisconnectedEvent() { return m_clientDisconnected; }
     Event<Context, Context::DeviceAddedData>& deviceAddedEvent() { return m_deviceAdded; }
     Event<Context, Context::DeviceRemovedData>& deviceRemovedEvent() { return m_deviceRemoved; }
+
+protected:
+    // Throws when the context can no longer be used (a lost server connection); checked by run().
+    virtual void ensureUsable() const {}
 
 private:
     Context handle();

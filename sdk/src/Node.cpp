@@ -16,6 +16,17 @@ namespace {
 const char* const kHandle = "node";
 }
 
+std::string NodeKind_toString(NodeKind kind)
+{
+    switch (kind) {
+    case NodeKind::Depth: return "depth";
+    case NodeKind::Color: return "color";
+    case NodeKind::Audio: return "audio";
+    case NodeKind::Unsupported: break;
+    }
+    return "unsupported";
+}
+
 Node::Node() = default;
 
 Node::Node(std::shared_ptr<detail::NodeImpl> impl) : m_impl(std::move(impl)) {}
@@ -25,8 +36,8 @@ Node::Node(const Node& node, NodeKind required) : m_impl(node.m_impl)
     const detail::NodeImpl& impl = detail::checked(m_impl, kHandle);
     if (impl.kind() != required) {
         throw InvalidOperationException(Utils::Format("% is a % node, not a % node") % impl.description()
-                                        % detail::NodeImpl::kindName(impl.kind())
-                                        % detail::NodeImpl::kindName(required));
+                                        % NodeKind_toString(impl.kind())
+                                        % NodeKind_toString(required));
     }
 }
 

@@ -30,20 +30,9 @@ NodeImpl::NodeImpl(std::weak_ptr<ContextImpl> context, const ContextImpl* owner,
 {
 }
 
-std::string NodeImpl::kindName(NodeKind kind)
-{
-    switch (kind) {
-    case NodeKind::Depth: return "depth";
-    case NodeKind::Color: return "color";
-    case NodeKind::Audio: return "audio";
-    case NodeKind::Unsupported: break;
-    }
-    return "unsupported";
-}
-
 std::string NodeImpl::description() const
 {
-    return kindName(m_kind) + " node of device " + m_device->serial();
+    return NodeKind_toString(m_kind) + " node of device " + m_device->serial();
 }
 
 bool NodeImpl::hasControl() const

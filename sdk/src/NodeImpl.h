@@ -20,8 +20,6 @@ public:
     NodeImpl(std::weak_ptr<ContextImpl> context, const ContextImpl* owner, std::shared_ptr<DeviceImpl> device,
              std::shared_ptr<plugin::NodeDriver> driver);
 
-    static std::string kindName(NodeKind kind);
-
     bool isDevice() const override { return false; }
     std::string description() const override;
     bool hasControl() const override;

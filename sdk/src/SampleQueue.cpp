@@ -7,8 +7,11 @@ bool SampleQueue::push(Sample&& sample)
     std::lock_guard<std::mutex> lock(m_mutex);
     bool grew = true;
     if (m_samples.size() >= CAPACITY) {
+        // The discarded sample may itself report drops (by the plug-in, or by a server on the way):
+        // they move on to the next sample delivered.
+        std::visit([this](const auto& data) { m_droppedSinceDelivery += 1 + data.droppedSampleCount; },
+                   m_samples.front());
         m_samples.pop_front();
-        ++m_droppedSinceDelivery;
         grew = false;
     }
     m_samples.push_back(std::move(sample));

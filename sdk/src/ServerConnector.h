@@ -5,19 +5,14 @@
 
 namespace Zerlane::detail {
 
-// The client side of server mode, as far as it goes: it finds out whether a server listens at
-// host:port. The protocol itself is not implemented yet, so a successful connection is reported as
-// such and refused, rather than pretending to work.
+// Opens the TCP connection to a Zerlane server, giving up after CONNECT_TIMEOUT_MS.
 class ServerConnector {
 public:
     static constexpr int CONNECT_TIMEOUT_MS = 3000;
 
-    // Always throws TransportException: "could not reach ..." or "connected ..., but ...".
-    [[noreturn]] static void connect(const std::string& host, uint16_t port);
-
-private:
-    // Returns an empty string on success, else why the connection failed.
-    static std::string tryConnect(const std::string& host, uint16_t port);
+    // Returns the connected socket, or throws TransportException saying that the server at host:port
+    // could not be reached and why.
+    static int connect(const std::string& host, uint16_t port);
 };
 
 } // namespace Zerlane::detail

@@ -12,9 +12,10 @@
 
 namespace Zerlane::detail {
 
-// A context that drives the device plug-ins in this process. It is every driver's listener and every
-// streaming node's sample sink; all its callbacks may come from any thread.
-class StandaloneRuntime final : public ContextImpl, public plugin::DriverListener, public plugin::SampleSink {
+// A context that drives device drivers in this process: the plug-ins, or (ClientRuntime) the server's
+// cameras. It is every driver's listener and every streaming node's sample sink; all its callbacks may
+// come from any thread.
+class StandaloneRuntime : public ContextImpl, public plugin::DriverListener, public plugin::SampleSink {
 public:
     StandaloneRuntime();
     ~StandaloneRuntime() override;

@@ -22,6 +22,9 @@ enum class NodeKind : int32_t {
     Audio = 3,
 };
 
+// "depth", "color", "audio", "unsupported": how messages name the kinds.
+ZERLANE_API std::string NodeKind_toString(NodeKind kind);
+
 // A property of a device or node changed (a write by any client, or a measured value).
 struct PropertyChangedData {
     PropertyBase property;
