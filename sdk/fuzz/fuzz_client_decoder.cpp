@@ -9,7 +9,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static Zerlane::sim::BlockPool pool;
+    static Zerlane::Utils::BlockPool pool;
     Zerlane::wire::MemorySource source(data, size);
     Zerlane::wire::FrameReader reader(source);
     const auto devices = [](const auto& list) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BlockPool.h"
+#include "../src/Utils/BlockPool.h"
 #include "FastRandom.h"
 #include "PinholeCamera.h"
 #include "Scene.h"
@@ -101,7 +101,7 @@ private:
     std::vector<int16_t> m_rowConfidence; // where the confidence goes when its map is off
 
     FastRandom m_random;
-    BlockPool m_pool;
+    Utils::BlockPool m_pool;
 };
 
 } // namespace Zerlane::sim

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "AudioSynth.h"
-#include "BlockPool.h"
+#include "../src/Utils/BlockPool.h"
 #include "SimNode.h"
 
 #include <vector>
@@ -32,7 +32,7 @@ private:
     static std::vector<PropertyDeclaration> declarations();
 
     AudioSynth m_synth; // used under the production lock only
-    BlockPool m_pool;
+    Utils::BlockPool m_pool;
 };
 
 } // namespace Zerlane::sim

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "BlockPool.h"
+#include "../src/Utils/BlockPool.h"
 #include "ColorRenderer.h"
 #include "SimNode.h"
 
@@ -34,7 +34,7 @@ private:
     Scene::Kind sceneKind() const;
 
     ColorRenderer m_renderer; // used under the production lock only
-    BlockPool m_pool;
+    Utils::BlockPool m_pool;
 };
 
 } // namespace Zerlane::sim

@@ -58,7 +58,7 @@ private:
     std::string m_where;
     std::unique_ptr<wire::SocketStream> m_stream;
     wire::Welcome m_welcome;
-    sim::BlockPool m_pool;
+    Utils::BlockPool m_pool;
     Receiver* m_receiver = nullptr;
     std::thread m_reader;
 

@@ -137,7 +137,7 @@ std::vector<iovec> SampleCodec::buffers(const Encoded& encoded, int32_t dropped,
     return result;
 }
 
-SampleCodec::Sample SampleCodec::decode(const SampleHeader& header, FrameReader& reader, sim::BlockPool& pool)
+SampleCodec::Sample SampleCodec::decode(const SampleHeader& header, FrameReader& reader, Utils::BlockPool& pool)
 {
     Sample sample;
     switch (static_cast<NodeKind>(header.kind())) {

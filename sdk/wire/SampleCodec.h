@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../plugins/BlockPool.h"
+#include "../src/Utils/BlockPool.h"
 #include "FrameReader.h"
 #include "zerlane_wire.pb.h"
 
@@ -38,7 +38,7 @@ public:
     // Reads the blocks the header declares into one buffer from the pool and builds the sample. (The
     // simulated camera's block pool: a fresh 10 MB allocation per sample costs more in page faults than
     // the copy from the socket.)
-    static Sample decode(const SampleHeader& header, FrameReader& reader, sim::BlockPool& pool);
+    static Sample decode(const SampleHeader& header, FrameReader& reader, Utils::BlockPool& pool);
 };
 
 } // namespace Zerlane::wire

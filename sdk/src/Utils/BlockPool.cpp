@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-namespace Zerlane::sim {
+namespace Zerlane::Utils {
 
 namespace {
 constexpr std::size_t Alignment = 64;
@@ -72,4 +72,4 @@ std::size_t BlockPool::freeBlockCount() const
     return m_state->free.size();
 }
 
-} // namespace Zerlane::sim
+} // namespace Zerlane::Utils

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <vector>
 
-namespace Zerlane::sim {
+namespace Zerlane::Utils {
 
 // A few reusable memory blocks for samples. A block goes back to the pool when the last Pointer sharing it
 // is gone, so a streaming node allocates nothing once the pool has warmed up (the library holds at most two
@@ -36,4 +36,4 @@ private:
     std::shared_ptr<State> m_state;
 };
 
-} // namespace Zerlane::sim
+} // namespace Zerlane::Utils
