@@ -116,6 +116,7 @@ void PlaybackDevice::play()
         const uint64_t clockStart = clockNow();
         bool first = true;
         uint64_t fileStart = 0, last = 0, passOffset = 0, period = 33333;
+        // Capture times are moved to the present: clockStart + offset.
         for (;;) {
             if (!reader.next(sample)) {
                 if (first)
@@ -131,24 +132,25 @@ void PlaybackDevice::play()
                 first = false;
                 fileStart = sample.timeOfCapture;
             }
-            const uint64_t time = sample.timeOfCapture > fileStart ? sample.timeOfCapture - fileStart : 0;
+            // Nodes stamp their samples differently (audio as the start of its block), so a sample may be
+            // earlier than the first one of the file: it is due at once, with its time kept.
+            const int64_t offset = int64_t(passOffset) + int64_t(sample.timeOfCapture - fileStart);
             last = std::max(last, sample.timeOfCapture);
             period = periodOf(m_nodes[size_t(sample.node)]->configuration());
-            const uint64_t offset = passOffset + time;
-            if (!waitUntil(wallStart + std::chrono::microseconds(offset)))
+            if (!waitUntil(wallStart + std::chrono::microseconds(std::max<int64_t>(0, offset))))
                 return;
             PlaybackNode& node = *m_nodes[size_t(sample.node)];
             switch (sample.kind) {
             case NodeKind::Depth:
-                sample.depth.timeOfCapture = clockStart + offset;
+                sample.depth.timeOfCapture = uint64_t(int64_t(clockStart) + offset);
                 node.deliver(std::move(sample.depth));
                 break;
             case NodeKind::Color:
-                sample.color.timeOfCapture = clockStart + offset;
+                sample.color.timeOfCapture = uint64_t(int64_t(clockStart) + offset);
                 node.deliver(std::move(sample.color));
                 break;
             case NodeKind::Audio:
-                sample.audio.timeOfCapture = clockStart + offset;
+                sample.audio.timeOfCapture = uint64_t(int64_t(clockStart) + offset);
                 node.deliver(std::move(sample.audio));
                 break;
             default:

@@ -1,5 +1,9 @@
 #pragma once
 
+extern "C" {
+#include <libavutil/log.h>
+}
+
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -72,6 +76,14 @@ public:
             if (title == entry.title)
                 return entry.role;
         throw std::invalid_argument(title);
+    }
+
+    // FFmpeg's own messages go to stderr; ours say the same with the file name, as exceptions and log
+    // lines. A program that chose FFmpeg's log level itself keeps its choice.
+    static void quietFfmpeg()
+    {
+        if (av_log_get_level() == AV_LOG_INFO)
+            av_log_set_level(AV_LOG_FATAL);
     }
 
     // Bytes of one element of a depth node's map.

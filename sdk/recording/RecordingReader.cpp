@@ -119,6 +119,7 @@ void RecordingReader::close()
 
 void RecordingReader::open()
 {
+    RecordingLayout::quietFfmpeg();
     const AVInputFormat* matroska = av_find_input_format("matroska");
     AVDictionary* options = nullptr;
     int error = avformat_open_input(&m_format, m_file.c_str(), matroska, &options);

@@ -67,6 +67,7 @@ RecordingWriter::RecordingWriter(const std::string& file, std::vector<RecordedDe
 
 void RecordingWriter::open()
 {
+    RecordingLayout::quietFfmpeg();
     const std::string& file = m_file;
     int error = avformat_alloc_output_context2(&m_format, nullptr, "matroska", file.c_str());
     if (error < 0 || !m_format)
