@@ -55,21 +55,37 @@ Pointer<T> newMap(size_t elements, T** data)
     return Pointer<T>(std::shared_ptr<const void>(block, block.get()), block.get(), int32_t(elements));
 }
 
-template <class T>
-Pointer<T> copyMap(const uint8_t* bytes, size_t size, bool swap16)
+void swapBytes16(void* data, size_t bytes)
 {
-    T* data = nullptr;
-    Pointer<T> map = newMap<T>(size / sizeof(T), &data);
-    auto* out = reinterpret_cast<uint8_t*>(data);
-    if (swap16) {
-        for (size_t i = 0; i + 1 < size; i += 2) {
-            out[i] = bytes[i + 1];
-            out[i + 1] = bytes[i];
-        }
-    } else {
-        std::memcpy(out, bytes, size);
+    auto* words = static_cast<uint16_t*>(data);
+    for (size_t i = 0; i < bytes / 2; ++i)
+        words[i] = uint16_t(words[i] << 8 | words[i] >> 8);
+}
+
+// The packet's own memory becomes the map (no copy): the packet is moved into the map's owner. 16-bit
+// big-endian maps are turned to host order in place. A packet whose data is not aligned for the element
+// type, or shared, is copied first.
+template <class T>
+Pointer<T> packetMap(AVPacket& packet, bool swap16)
+{
+    AVPacket* ref = av_packet_alloc();
+    if (!ref)
+        throw std::bad_alloc();
+    av_packet_move_ref(ref, &packet);
+    std::shared_ptr<AVPacket> owner(ref, [](AVPacket* p) { av_packet_free(&p); });
+    const bool aligned = reinterpret_cast<uintptr_t>(ref->data) % alignof(T) == 0;
+    if (!aligned || av_packet_make_writable(ref) < 0 || reinterpret_cast<uintptr_t>(ref->data) % alignof(T) != 0) {
+        T* copy = nullptr;
+        Pointer<T> map = newMap<T>(size_t(ref->size) / sizeof(T), &copy);
+        std::memcpy(copy, ref->data, size_t(ref->size) / sizeof(T) * sizeof(T));
+        if (swap16)
+            swapBytes16(copy, size_t(ref->size));
+        return map;
     }
-    return map;
+    if (swap16)
+        swapBytes16(ref->data, size_t(ref->size));
+    const auto* data = reinterpret_cast<const T*>(ref->data);
+    return Pointer<T>(std::shared_ptr<const void>(owner, data), data, int32_t(size_t(ref->size) / sizeof(T)));
 }
 
 RecordedDevice::Property property(const std::string& name, PropertyValue value, bool readOnly, bool requiresControl)
@@ -402,7 +418,7 @@ bool RecordingReader::next(Sample& sample)
     }
 }
 
-bool RecordingReader::takePacket(const AVPacket& packet, Sample& out)
+bool RecordingReader::takePacket(AVPacket& packet, Sample& out)
 {
     const auto found = m_tracks.find(packet.stream_index);
     if (found == m_tracks.end())
@@ -517,11 +533,9 @@ bool RecordingReader::takePacket(const AVPacket& packet, Sample& out)
     return true;
 }
 
-void RecordingReader::storeMap(Pending& pending, const Track& track, const AVPacket& packet)
+void RecordingReader::storeMap(Pending& pending, const Track& track, AVPacket& packet)
 {
     Sample& sample = pending.sample;
-    const uint8_t* data = packet.data;
-    const size_t size = size_t(packet.size);
     auto once = [&](bool present) {
         if (present)
             fail("track '" + track.title + "' has two frames for one sample");
@@ -529,39 +543,39 @@ void RecordingReader::storeMap(Pending& pending, const Track& track, const AVPac
     switch (track.role) {
     case Role::Depth:
         once(sample.depth.depthMap.data());
-        sample.depth.depthMap = copyMap<int16_t>(data, size, true);
+        sample.depth.depthMap = packetMap<int16_t>(packet, true);
         break;
     case Role::Confidence:
         once(sample.depth.confidenceMap.data());
-        sample.depth.confidenceMap = copyMap<int16_t>(data, size, true);
+        sample.depth.confidenceMap = packetMap<int16_t>(packet, true);
         break;
     case Role::Phase:
         once(sample.depth.phaseMap.data());
-        sample.depth.phaseMap = copyMap<int16_t>(data, size, false);
+        sample.depth.phaseMap = packetMap<int16_t>(packet, false);
         break;
     case Role::DepthFloatingPoint:
         once(sample.depth.depthMapFloatingPoint.data());
-        sample.depth.depthMapFloatingPoint = copyMap<float>(data, size, false);
+        sample.depth.depthMapFloatingPoint = packetMap<float>(packet, false);
         break;
     case Role::Vertices:
         once(sample.depth.vertices.data());
-        sample.depth.vertices = copyMap<Vertex>(data, size, false);
+        sample.depth.vertices = packetMap<Vertex>(packet, false);
         break;
     case Role::VerticesFloatingPoint:
         once(sample.depth.verticesFloatingPoint.data());
-        sample.depth.verticesFloatingPoint = copyMap<FPVertex>(data, size, false);
+        sample.depth.verticesFloatingPoint = packetMap<FPVertex>(packet, false);
         break;
     case Role::Uv:
         once(sample.depth.uvMap.data());
-        sample.depth.uvMap = copyMap<UV>(data, size, false);
+        sample.depth.uvMap = packetMap<UV>(packet, false);
         break;
     case Role::Color:
         once(sample.color.colorMap.data());
-        sample.color.colorMap = copyMap<uint8_t>(data, size, false);
+        sample.color.colorMap = packetMap<uint8_t>(packet, false);
         break;
     case Role::Audio:
         once(sample.audio.audioData.data());
-        sample.audio.audioData = copyMap<uint8_t>(data, size, false);
+        sample.audio.audioData = packetMap<uint8_t>(packet, false);
         break;
     default:
         break;

@@ -69,6 +69,7 @@ private:
         size_t frameBytes = 0; // 0: any size (compressed colour, audio, text)
     };
     struct Pending {
+        Pending() {} // declared, so that the class is default-constructible while RecordingReader is incomplete
         Sample sample;
         int remaining = -1; // map packets still to come; -1: grouped by block time (capture layout)
         int64_t blockTime = 0;
@@ -80,8 +81,9 @@ private:
     void describeCapture();
     void addTrack(int index);
     [[noreturn]] void fail(const std::string& what) const;
-    bool takePacket(const AVPacket& packet, Sample& out);
-    void storeMap(Pending& pending, const Track& track, const AVPacket& packet);
+    // Takes over the packet's data when it becomes a map.
+    bool takePacket(AVPacket& packet, Sample& out);
+    void storeMap(Pending& pending, const Track& track, AVPacket& packet);
     void storeCaptureDepth(Pending& pending, const Track& track, const AVPacket& packet);
     void completeCaptureSample(Sample& sample);
     void checkFrameSize(const Track& track, int size) const;

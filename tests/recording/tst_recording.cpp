@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QImage>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -422,6 +423,22 @@ private slots:
                 QVERIFY(got[want.size()].second > got[want.size() - 1].second);
             }
         }
+    }
+
+    // Other tools read our files: ffprobe reports no error and sees the depth-camera track layout.
+    void ffprobeOpensOurRecordings()
+    {
+        QProcess probe;
+        probe.start("ffprobe", {"-v", "error", "-show_entries", "stream=codec_tag_string:stream_tags=title", "-of",
+                                "csv=p=0", m_small});
+        if (!probe.waitForStarted())
+            QSKIP("ffprobe is not installed");
+        QVERIFY(probe.waitForFinished(30000));
+        QCOMPARE(probe.exitCode(), 0);
+        QCOMPARE(QString::fromUtf8(probe.readAllStandardError()), QString());
+        const QString streams = QString::fromUtf8(probe.readAllStandardOutput());
+        QVERIFY2(streams.contains("b16g,DEPTH") && streams.contains("b16g,IR"), qPrintable(streams));
+        QVERIFY2(streams.contains("ZERLANE_SAMPLES") && streams.contains("AUDIO"), qPrintable(streams));
     }
 
     // Files that are not recordings, or damaged ones: an exception whose message names the file and says
