@@ -40,15 +40,9 @@ uint64_t periodOf(const PropertyValue& configuration)
 } // namespace
 
 PlaybackDevice::PlaybackDevice(std::string file, int index, const recording::RecordedDevice& recorded)
-    : m_file(std::move(file)), m_index(index), m_recorded(recorded)
+    : m_file(std::move(file)), m_index(index), m_recorded(recorded),
+      m_values(recorded.typeName, recorded.properties, "the recorded camera " + recorded.serial)
 {
-    auto type = std::make_shared<plugin::TypeSpec>();
-    type->name = recorded.typeName;
-    for (const recording::RecordedDevice::Property& property : recorded.properties) {
-        type->properties.push_back(property.spec);
-        m_values[property.spec.name] = property.value;
-    }
-    m_type = type;
     for (const recording::RecordedDevice::Node& node : recorded.nodes)
         m_nodes.push_back(std::make_shared<PlaybackNode>(node, [this](bool) { streamingChanged(); }));
 }
@@ -62,17 +56,12 @@ PlaybackDevice::~PlaybackDevice()
 
 PropertyValue PlaybackDevice::getProperty(const std::string& name) const
 {
-    std::lock_guard<std::mutex> lock(m_valuesMutex);
-    const auto found = m_values.find(name);
-    if (found == m_values.end())
-        throw ArgumentException("the recorded camera " + m_recorded.serial + " has no property " + name);
-    return found->second;
+    return m_values.get(name);
 }
 
 void PlaybackDevice::setProperty(const std::string& name, const PropertyValue& value)
 {
-    std::lock_guard<std::mutex> lock(m_valuesMutex);
-    m_values[name] = value;
+    m_values.set(name, value);
 }
 
 std::vector<std::shared_ptr<plugin::NodeDriver>> PlaybackDevice::nodes() const

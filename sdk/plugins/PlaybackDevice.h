@@ -2,11 +2,11 @@
 
 #include "PlaybackNode.h"
 #include "RecordedDevice.h"
+#include "RecordedValues.h"
 
 #include "Zerlane/plugin/DeviceDriver.h"
 
 #include <condition_variable>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -31,7 +31,7 @@ public:
     int32_t tofControllerVersion() const override { return m_recorded.tofControllerVersion; }
     bool overheating() const override { return false; }
     bool overheated() const override { return false; }
-    std::shared_ptr<const plugin::TypeSpec> type() const override { return m_type; }
+    std::shared_ptr<const plugin::TypeSpec> type() const override { return m_values.type(); }
     PropertyValue getProperty(const std::string& name) const override;
     void setProperty(const std::string& name, const PropertyValue& value) override;
     std::vector<std::shared_ptr<plugin::NodeDriver>> nodes() const override;
@@ -44,10 +44,8 @@ private:
     std::string m_file;
     int m_index;
     recording::RecordedDevice m_recorded;
-    std::shared_ptr<const plugin::TypeSpec> m_type;
+    RecordedValues m_values;
     std::vector<std::shared_ptr<PlaybackNode>> m_nodes;
-    mutable std::mutex m_valuesMutex;
-    std::map<std::string, PropertyValue> m_values;
 
     std::mutex m_threadMutex; // start and stop of the thread
     std::mutex m_wakeMutex;

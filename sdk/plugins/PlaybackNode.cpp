@@ -5,35 +5,22 @@
 namespace Zerlane::playback {
 
 PlaybackNode::PlaybackNode(const recording::RecordedDevice::Node& recorded, std::function<void(bool)> streaming)
-    : m_recorded(recorded), m_streaming(std::move(streaming))
+    : m_recorded(recorded), m_values(recorded.typeName, recorded.properties, "the recorded node " + recorded.serial),
+      m_streaming(std::move(streaming))
 {
-    auto type = std::make_shared<plugin::TypeSpec>();
-    type->name = recorded.typeName;
-    for (const recording::RecordedDevice::Property& property : recorded.properties) {
-        type->properties.push_back(property.spec);
-        m_values[property.spec.name] = property.value;
-    }
-    m_values["configuration"] = recorded.configuration;
-    m_type = type;
+    m_values.set("configuration", recorded.configuration);
 }
 
 PropertyValue PlaybackNode::getProperty(const std::string& name) const
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = m_values.find(name);
-    if (found == m_values.end())
-        throw ArgumentException("the recorded node " + m_recorded.serial + " has no property " + name);
-    return found->second;
+    return m_values.get(name);
 }
 
 void PlaybackNode::setProperty(const std::string& name, const PropertyValue& value)
 {
     if (name == "configuration")
         return setConfiguration(value);
-    std::lock_guard<std::mutex> lock(m_mutex);
-    // A recording cannot change what it holds; the values are kept so that clients read back what they set,
-    // and the delivery options ("enable...Map") take effect.
-    m_values[name] = value;
+    m_values.set(name, value);
 }
 
 void PlaybackNode::setConfiguration(const PropertyValue& configuration)
@@ -66,31 +53,24 @@ bool PlaybackNode::isStarted() const
     return m_sink != nullptr;
 }
 
-bool PlaybackNode::enabled(const std::string& property) const
-{
-    const auto found = m_values.find(property);
-    const bool* value = found == m_values.end() ? nullptr : std::get_if<bool>(&found->second);
-    return !value || *value; // a recording without the switch delivers what it holds
-}
-
 void PlaybackNode::deliver(DepthNode::NewSampleReceivedData&& sample)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_sink)
         return;
-    if (!enabled("enablePhaseMap"))
+    if (!m_values.isOn("enablePhaseMap"))
         sample.phaseMap = {};
-    if (!enabled("enableConfidenceMap"))
+    if (!m_values.isOn("enableConfidenceMap"))
         sample.confidenceMap = {};
-    if (!enabled("enableDepthMap"))
+    if (!m_values.isOn("enableDepthMap"))
         sample.depthMap = {};
-    if (!enabled("enableDepthMapFloatingPoint"))
+    if (!m_values.isOn("enableDepthMapFloatingPoint"))
         sample.depthMapFloatingPoint = {};
-    if (!enabled("enableVertices"))
+    if (!m_values.isOn("enableVertices"))
         sample.vertices = {};
-    if (!enabled("enableVerticesFloatingPoint"))
+    if (!m_values.isOn("enableVerticesFloatingPoint"))
         sample.verticesFloatingPoint = {};
-    if (!enabled("enableUvMap"))
+    if (!m_values.isOn("enableUvMap"))
         sample.uvMap = {};
     m_sink->depthSample(this, std::move(sample));
 }
@@ -100,7 +80,7 @@ void PlaybackNode::deliver(ColorNode::NewSampleReceivedData&& sample)
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_sink)
         return;
-    if (!enabled("enableColorMap"))
+    if (!m_values.isOn("enableColorMap"))
         sample.colorMap = {};
     m_sink->colorSample(this, std::move(sample));
 }

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "RecordedDevice.h"
+#include "RecordedValues.h"
 
 #include "Zerlane/plugin/NodeDriver.h"
 #include "Zerlane/plugin/SampleSink.h"
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 
@@ -21,7 +21,7 @@ public:
     PlaybackNode(const recording::RecordedDevice::Node& recorded, std::function<void(bool)> streaming);
 
     NodeKind kind() const override { return m_recorded.kind; }
-    std::shared_ptr<const plugin::TypeSpec> type() const override { return m_type; }
+    std::shared_ptr<const plugin::TypeSpec> type() const override { return m_values.type(); }
     std::string serialNumber() const override { return m_recorded.serial; }
     int32_t vid() const override { return m_recorded.vid; }
     int32_t pid() const override { return m_recorded.pid; }
@@ -42,13 +42,10 @@ public:
     void deliver(AudioNode::NewSampleReceivedData&& sample);
 
 private:
-    bool enabled(const std::string& property) const;
-
     recording::RecordedDevice::Node m_recorded;
-    std::shared_ptr<const plugin::TypeSpec> m_type;
+    RecordedValues m_values;
     std::function<void(bool)> m_streaming;
-    mutable std::mutex m_mutex; // guards the values and the sink; held while a sample is handed on
-    std::map<std::string, PropertyValue> m_values;
+    mutable std::mutex m_mutex; // guards the sink; held while a sample is handed on
     plugin::SampleSink* m_sink = nullptr;
 };
 

@@ -3,6 +3,7 @@
 //   zerlane-probe [--standalone | --port N] --stream SECONDS
 //   zerlane-probe [--standalone | --port N] --record FILE --seconds N
 
+#include "Zerlane/Recorder.h"
 #include "Zerlane/Zerlane.h"
 
 #include <atomic>
@@ -281,6 +282,18 @@ void untap(NodeTap& tap)
         tap.node.as<Zerlane::AudioNode>().newSampleReceivedEvent().disconnect(tap.audio.get());
 }
 
+// Runs the context's event loop on a thread of its own; a lost connection's message lands in `error`.
+std::thread runEvents(Zerlane::Context& context, std::string& error)
+{
+    return std::thread([&context, &error] {
+        try {
+            context.run();
+        } catch (const Zerlane::Exception& e) {
+            error = e.what();
+        }
+    });
+}
+
 // Records every node of every device, with a progress line per second.
 int record(Zerlane::Context& context, const std::string& file, int seconds)
 {
@@ -296,13 +309,7 @@ int record(Zerlane::Context& context, const std::string& file, int seconds)
     Zerlane::Recorder recorder(file, devices);
     recorder.start();
     std::string runError;
-    std::thread eventThread([&] {
-        try {
-            context.run();
-        } catch (const Zerlane::Exception& e) {
-            runError = e.what();
-        }
-    });
+    std::thread eventThread = runEvents(context, runError);
     context.startNodes();
     for (int second = 1; second <= seconds; ++second) {
         std::this_thread::sleep_for(std::chrono::seconds(1));
@@ -340,13 +347,7 @@ int stream(Zerlane::Context& context, int seconds)
     }
 
     std::string runError;
-    std::thread eventThread([&] {
-        try {
-            context.run();
-        } catch (const Zerlane::Exception& e) {
-            runError = e.what();
-        }
-    });
+    std::thread eventThread = runEvents(context, runError);
 
     context.startNodes();
     for (int second = 1; second <= seconds; ++second) {

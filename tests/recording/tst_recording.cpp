@@ -2,6 +2,7 @@
 // played back sample for sample, and damaged or vanishing files.
 #include "RecordingReader.h"
 
+#include "Zerlane/Recorder.h"
 #include "Zerlane/Zerlane.h"
 #include "Zerlane/sim/SimulatorControl.h"
 

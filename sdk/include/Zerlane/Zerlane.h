@@ -13,7 +13,6 @@
 #include "Zerlane/Interface.h"
 #include "Zerlane/Node.h"
 #include "Zerlane/Property.h"
-#include "Zerlane/Recorder.h"
 #include "Zerlane/Type.h"
 #include "Zerlane/Types.h"
 #include "Zerlane/UnsupportedNode.h"
