@@ -112,7 +112,12 @@ int32_t frameRateOf(const AVStream* stream)
 
 RecordingReader::RecordingReader(const std::string& file) : m_file(file)
 {
-    open();
+    try {
+        open();
+    } catch (...) {
+        close(); // no destructor runs for a constructor that throws
+        throw;
+    }
 }
 
 RecordingReader::~RecordingReader()
@@ -130,6 +135,7 @@ void RecordingReader::close()
     av_packet_free(&m_packet);
     avformat_close_input(&m_format);
     m_pending.clear();
+    m_ready.clear();
     m_captureDepth.reset();
 }
 
@@ -400,9 +406,21 @@ bool RecordingReader::next(Sample& sample)
     if (!m_format)
         fail("the recording is not open");
     for (;;) {
+        if (!m_ready.empty()) {
+            sample = std::move(m_ready.front());
+            m_ready.pop_front();
+            return true;
+        }
         const int error = av_read_frame(m_format, m_packet);
         if (error < 0) {
-            // The end, or a damaged or truncated tail: what was complete has been delivered.
+            // The end, or a damaged or truncated tail: samples still waiting for maps go out with the maps
+            // they have.
+            for (auto& [key, pending] : m_pending)
+                if (pending.remaining > 0)
+                    m_ready.push_back(std::move(pending.sample));
+            m_pending.clear();
+            if (!m_ready.empty())
+                continue;
             if (m_captureDepth) {
                 sample = std::move(m_captureDepth->sample);
                 m_captureDepth.reset();
@@ -488,9 +506,11 @@ bool RecordingReader::takePacket(AVPacket& packet, Sample& out)
             fail("a sample line of node " + node.serial + " names another node or too many maps");
         if (line.configuration.index() != node.configuration.index())
             fail("a sample of node " + node.serial + " has a configuration of another node kind");
-        if (m_pending.count(key) && m_pending[key].remaining > 0)
-            fail("a sample of node " + node.serial + " misses " + std::to_string(m_pending[key].remaining)
-                 + " of its maps");
+        // The previous sample of the node still waits for maps that are not coming (their track was
+        // skipped): it goes out with the maps it has.
+        std::optional<Sample> incomplete;
+        if (const auto waiting = m_pending.find(key); waiting != m_pending.end() && waiting->second.remaining > 0)
+            incomplete = std::move(waiting->second.sample);
         Pending pending;
         pending.remaining = line.maps;
         Sample& sample = pending.sample;
@@ -513,6 +533,16 @@ bool RecordingReader::takePacket(AVPacket& packet, Sample& out)
         } else {
             sample.audio.audioFormat = std::get<AudioNodeConfiguration>(line.configuration).audioFormat;
             sample.audio.timeOfCapture = line.timeOfCapture;
+        }
+        if (incomplete) {
+            out = std::move(*incomplete);
+            if (pending.remaining == 0) {
+                m_ready.push_back(std::move(pending.sample));
+                m_pending.erase(key);
+            } else {
+                m_pending[key] = std::move(pending);
+            }
+            return true;
         }
         if (pending.remaining == 0) {
             out = std::move(pending.sample);

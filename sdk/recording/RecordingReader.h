@@ -7,6 +7,7 @@
 #include "Zerlane/ColorNode.h"
 #include "Zerlane/DepthNode.h"
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -52,8 +53,8 @@ public:
     // Tracks that were skipped because they belong to no layout we know, one text each.
     const std::vector<std::string>& warnings() const { return m_warnings; }
 
-    // The next complete sample; false at the end of the file. A truncated file ends at its last complete
-    // sample.
+    // The next sample; false at the end of the file. A sample whose maps lie in a skipped track, or beyond
+    // the end of a truncated file, comes with the maps that could be read.
     bool next(Sample& sample);
     // Back to the first sample (the file is opened again, so a file that is gone is reported).
     void rewind();
@@ -96,6 +97,7 @@ private:
     std::vector<std::string> m_warnings;
     std::map<int, Track> m_tracks; // by stream index
     std::map<std::pair<int, int>, Pending> m_pending;
+    std::deque<Sample> m_ready; // complete, to be handed out before more is read
     std::optional<Pending> m_captureDepth;
     std::unique_ptr<KinectCalibration> m_calibration;
     std::unique_ptr<ColorDecoder> m_colorDecoder;
