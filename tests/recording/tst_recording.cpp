@@ -1,6 +1,7 @@
 // Recording and playback: the real capture decoded against its raw files, a recorded simulated camera
 // played back sample for sample, and damaged or vanishing files.
 #include "RecordingReader.h"
+#include "RecordingText.h"
 
 #include "Zerlane/Recorder.h"
 #include "Zerlane/Zerlane.h"
@@ -423,6 +424,85 @@ private slots:
                 QCOMPARE(got[want.size()].first, want[0].first);
                 QVERIFY(got[want.size()].second > got[want.size() - 1].second);
             }
+        }
+    }
+
+    // The description attachment and the sample lines give back every value exactly: strings with spaces,
+    // '%', ',' and line breaks, floats to the bit, every configuration type; damaged text is refused.
+    void descriptionTextKeepsEveryValue()
+    {
+        using recording::RecordedDevice;
+        using recording::RecordingText;
+        auto property = [](const char* name, PropertyValue value, bool readOnly, bool hidden, bool control) {
+            RecordedDevice::Property p;
+            p.spec = {name, PropertyType(value.index()), readOnly, hidden, control};
+            p.value = std::move(value);
+            return p;
+        };
+        RecordedDevice device;
+        device.model = 1;
+        device.serial = "A 100%, odd\nserial";
+        device.typeName = "";
+        device.usbBackendVersion = -7;
+        device.properties = {property("firmware tag", std::string("x,y %z\n"), false, true, true),
+                             property("gain", 0.1f, true, false, false), property("on", true, false, false, true),
+                             property("exposure", EXPOSURE_AUTO_APERTURE_PRIORITY, false, false, true)};
+        RecordedDevice::Node depth;
+        depth.kind = NodeKind::Depth;
+        depth.serial = "n 1";
+        depth.range = 1.0f / 3.0f;
+        depth.configurations = {DepthNodeConfiguration {FRAME_FORMAT_QVGA, 60, CAMERA_MODE_LONG_RANGE, true}};
+        depth.configuration = depth.configurations[0];
+        depth.properties = {property("count", int32_t(-2147483647 - 1), false, false, true)};
+        RecordedDevice::Node audio;
+        audio.kind = NodeKind::Audio;
+        AudioNodeConfiguration sound;
+        sound.audioFormat = {44100, 16, 2};
+        audio.configuration = sound;
+        device.nodes = {depth, audio};
+
+        const std::vector<RecordedDevice> back = RecordingText::parseDescription(RecordingText::describe({device}));
+        QCOMPARE(back.size(), size_t(1));
+        QCOMPARE(back[0].serial, device.serial);
+        QCOMPARE(back[0].typeName, std::string());
+        QCOMPARE(back[0].usbBackendVersion, -7);
+        QCOMPARE(back[0].properties.size(), device.properties.size());
+        for (size_t i = 0; i < device.properties.size(); ++i) {
+            QCOMPARE(back[0].properties[i].spec.name, device.properties[i].spec.name);
+            QVERIFY(back[0].properties[i].value == device.properties[i].value);
+            QCOMPARE(back[0].properties[i].spec.hidden, device.properties[i].spec.hidden);
+            QCOMPARE(back[0].properties[i].spec.requiresControl, device.properties[i].spec.requiresControl);
+        }
+        QCOMPARE(back[0].nodes.size(), size_t(2));
+        QCOMPARE(back[0].nodes[0].range, depth.range);
+        QVERIFY(back[0].nodes[0].configuration == depth.configuration);
+        QVERIFY(back[0].nodes[0].properties[0].value == depth.properties[0].value);
+        QVERIFY(back[0].nodes[1].configuration == audio.configuration);
+
+        RecordingText::SampleLine line;
+        line.device = 2;
+        line.node = 1;
+        line.timeOfCapture = 18446744073709551ull;
+        line.maps = 7;
+        line.configuration = depth.configuration;
+        line.acceleration[1] = -0.98765432f;
+        const RecordingText::SampleLine read = RecordingText::parseSampleLine(RecordingText::sampleLine(line));
+        QCOMPARE(read.timeOfCapture, line.timeOfCapture);
+        QCOMPARE(read.acceleration[1], line.acceleration[1]);
+        QVERIFY(read.configuration == line.configuration);
+
+        for (const char* damaged : {"", "zerlane-recording 1\nnode 1 0 0 0 0 0x1p+0 'a 'b\n",
+                                    "zerlane-recording 1\ndevice 1 0 0 'a 'b\nnode 9 0 0 0 0 0x1p+0 'a 'b\n",
+                                    "zerlane-recording 1\ndevice 1 0 0 'a 'b\nnode 1 0 0 0 0 0x1p+0 'a 'b\n",
+                                    "zerlane-recording 1\ndevice 1 0 0 'a 'b\ndprop 0 0 'x 1 extra\n",
+                                    "zerlane-recording 1\ndevice 1 0 0 'a%4 'b\n"}) {
+            bool refused = false;
+            try {
+                RecordingText::parseDescription(damaged);
+            } catch (const Exception&) {
+                refused = true;
+            }
+            QVERIFY2(refused, damaged);
         }
     }
 
