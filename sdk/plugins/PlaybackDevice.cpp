@@ -50,8 +50,8 @@ PlaybackDevice::PlaybackDevice(std::string file, int index, const recording::Rec
 PlaybackDevice::~PlaybackDevice()
 {
     for (const auto& node : m_nodes)
-        node->stop();
-    streamingChanged();
+        node->detach();
+    streamingChanged(); // no node is started now: the thread ends
 }
 
 PropertyValue PlaybackDevice::getProperty(const std::string& name) const

@@ -31,20 +31,33 @@ void PlaybackNode::setConfiguration(const PropertyValue& configuration)
 
 void PlaybackNode::start(plugin::SampleSink* sink)
 {
+    std::function<void(bool)> streaming;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_sink = sink;
+        streaming = m_streaming;
     }
-    m_streaming(true);
+    if (streaming)
+        streaming(true);
 }
 
 void PlaybackNode::stop()
 {
+    std::function<void(bool)> streaming;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_sink = nullptr;
+        streaming = m_streaming;
     }
-    m_streaming(false);
+    if (streaming)
+        streaming(false);
+}
+
+void PlaybackNode::detach()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_sink = nullptr;
+    m_streaming = nullptr;
 }
 
 bool PlaybackNode::isStarted() const

@@ -37,6 +37,9 @@ public:
     void stop() override;
 
     bool isStarted() const;
+    // The device is going away: starting and stopping no longer reach it (the library may hold the node
+    // longer than the device).
+    void detach();
     void deliver(DepthNode::NewSampleReceivedData&& sample);
     void deliver(ColorNode::NewSampleReceivedData&& sample);
     void deliver(AudioNode::NewSampleReceivedData&& sample);
