@@ -122,11 +122,13 @@ void KinectCalibration::computeMaps(const uint16_t* depthMm, int width, int heig
                                     UV* uv) const
 {
     const Pinhole depth = depthIntrinsics(fullWidth, fullHeight);
-    // Colour pixels of the centre 16:9 band, normalised to 0..1 across it.
-    const double bandHeight = m_colorSensor[0] * 9.0 / 16.0;
+    // Colour pixels of the 16:9 region (3840 x 2160 of the 4096 x 3072 sensor, centred), 0..1 across it.
+    const double bandWidth = m_colorSensor[0] * 15.0 / 16.0;
+    const double bandHeight = bandWidth * 9.0 / 16.0;
+    const double bandLeft = (m_colorSensor[0] - bandWidth) / 2.0;
     const double bandTop = (m_colorSensor[1] - bandHeight) / 2.0;
     const double cfx = m_color[2] * m_colorSensor[0], cfy = m_color[3] * m_colorSensor[1];
-    const double ccx = m_color[0] * m_colorSensor[0], ccy = m_color[1] * m_colorSensor[1] - bandTop;
+    const double ccx = m_color[0] * m_colorSensor[0] - bandLeft, ccy = m_color[1] * m_colorSensor[1] - bandTop;
     const double* R = m_rotation;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
@@ -150,7 +152,7 @@ void KinectCalibration::computeMaps(const uint16_t* depthMm, int width, int heig
                     const double cy = R[3] * X + R[4] * Y + R[5] * z + m_translation[1];
                     const double cz = R[6] * X + R[7] * Y + R[8] * z + m_translation[2];
                     if (cz > 0) {
-                        out.u = float((cfx * cx / cz + ccx) / m_colorSensor[0]);
+                        out.u = float((cfx * cx / cz + ccx) / bandWidth);
                         out.v = float((cfy * cy / cz + ccy) / bandHeight);
                     }
                 }
@@ -158,7 +160,6 @@ void KinectCalibration::computeMaps(const uint16_t* depthMm, int width, int heig
             }
         }
     }
-    (void)fullHeight;
 }
 
 } // namespace Zerlane::recording

@@ -13,9 +13,10 @@ namespace Zerlane::recording {
 //
 // Assumptions, not verified against the camera maker's own code: the first four model parameters are
 // cx, cy, fx, fy (normalised by sensor width and height); the depth image is the centre of the
-// 1024 x 1024 sensor (binned 2 x 2 for images of at most 512 x 512); a 16:9 colour image is the centre
-// 16:9 band of the 4096 x 3072 colour sensor; colour = R * depth + t, t in metres. The lens distortion
-// parameters are ignored (a pinhole model).
+// 1024 x 1024 sensor (binned 2 x 2 for images of at most 512 x 512); a 16:9 colour image is the centred
+// 3840 x 2160 region of the 4096 x 3072 colour sensor (on the real capture the mug's left edge then lands
+// within a few colour pixels of where the picture shows it; the full-width 16:9 band put it 25 pixels off);
+// colour = R * depth + t, t in metres. The lens distortion parameters are ignored (a pinhole model).
 class KinectCalibration {
 public:
     // Throws Exception when the text lacks the depth or colour camera entries.
