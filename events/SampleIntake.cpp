@@ -94,7 +94,79 @@ void resizeImageIfNeeded(BufferData* buffer, int slot, uint32_t width, uint32_t 
     }
 }
 
+// One map against its buffer: at most the capacity, at least one plane of the frame.
+template <typename Map>
+bool mapFits(const char* name, const Map& map, uint32_t type, size_t pixels, std::string* reason)
+{
+    if (!map.data())
+        return true;
+    const size_t elementBytes = sizeof(*map.data());
+    const size_t bytes = size_t(map.size()) * elementBytes;
+    const size_t capacity = BufferData::capacity(type);
+    if (pixels * elementBytes > capacity || bytes > capacity) {
+        *reason = std::string(name) + " of " + std::to_string(std::max(bytes, pixels * elementBytes))
+                  + " bytes exceeds the buffer capacity of " + std::to_string(capacity) + " bytes";
+        return false;
+    }
+    if (size_t(map.size()) < pixels) {
+        *reason = std::string(name) + " holds " + std::to_string(map.size()) + " elements, fewer than the "
+                  + std::to_string(pixels) + " pixels of the frame";
+        return false;
+    }
+    return true;
+}
+
 } // namespace
+
+bool SampleIntake::depthFrameFits(const Zerlane::DepthNode::NewSampleReceivedData& sample, int32_t width,
+                                  int32_t height, std::string* reason)
+{
+    const size_t pixels = size_t(std::max(0, width)) * size_t(std::max(0, height));
+    // The standard-deviation history holds frames of the Standard Deviation buffer's size.
+    if (pixels * sizeof(float) > BufferData::capacity(BufferData::StandardDeviation)) {
+        *reason = "frame of " + std::to_string(width) + " x " + std::to_string(height)
+                  + " pixels is larger than the depth buffers (640 x 480)";
+        return false;
+    }
+    return mapFits("phase map", sample.phaseMap, BufferData::Phase, pixels, reason)
+           && mapFits("confidence map", sample.confidenceMap, BufferData::Confidence, pixels, reason)
+           && mapFits("depth map", sample.depthMap, BufferData::Depth, pixels, reason)
+           && mapFits("floating-point depth map", sample.depthMapFloatingPoint, BufferData::DepthFloatingPoint, pixels,
+                      reason)
+           && mapFits("vertex map", sample.vertices, BufferData::Vertices, pixels, reason)
+           && mapFits("floating-point vertex map", sample.verticesFloatingPoint, BufferData::VerticesFloatingPoint,
+                      pixels, reason)
+           && mapFits("UV map", sample.uvMap, BufferData::UV, pixels, reason);
+}
+
+bool SampleIntake::colorFrameFits(const Zerlane::ColorNode::NewSampleReceivedData& sample, int32_t width,
+                                  int32_t height, std::string* reason)
+{
+    if (!sample.colorMap.data())
+        return true;
+    const size_t pixels = size_t(std::max(0, width)) * size_t(std::max(0, height));
+    const size_t bytes =
+        pixels * (sample.captureConfiguration.compression == Zerlane::COMPRESSION_TYPE_NONE ? 3 : 2);
+    if (bytes > BufferData::capacity(BufferData::Color)) {
+        *reason = "colour frame of " + std::to_string(width) + " x " + std::to_string(height)
+                  + " pixels exceeds the buffer capacity of " + std::to_string(BufferData::capacity(BufferData::Color))
+                  + " bytes";
+        return false;
+    }
+    if (size_t(sample.colorMap.size()) < bytes) {
+        *reason = "colour map holds " + std::to_string(sample.colorMap.size()) + " bytes, fewer than the "
+                  + std::to_string(bytes) + " of a " + std::to_string(width) + " x " + std::to_string(height) + " frame";
+        return false;
+    }
+    return true;
+}
+
+void SampleIntake::refuseFrame(BufferData* buffer, int slot)
+{
+    buffer->width[slot] = 0;
+    buffer->height[slot] = 0;
+    buffer->noData = true;
+}
 
 void SampleIntake::fillDepthBuffer(BufferData* buffer, int slot, const Zerlane::DepthNode::NewSampleReceivedData& sample,
                                    const DepthFrame& frame)

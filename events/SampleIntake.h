@@ -3,6 +3,7 @@
 #include "Zerlane/Zerlane.h"
 
 #include <cstdint>
+#include <string>
 
 class BufferData;
 class DepthNodeData;
@@ -23,6 +24,15 @@ public:
         float range = 0.f;
         int sdNumFrames = 0; // frames of the standard-deviation statistics
     };
+
+    // Whether every map of a depth sample fits its buffer's fixed capacity and covers width x height
+    // pixels (one plane, or three for the three-plane layouts); when not, `reason` says which map and why.
+    static bool depthFrameFits(const Zerlane::DepthNode::NewSampleReceivedData& sample, int32_t width, int32_t height,
+                               std::string* reason);
+    static bool colorFrameFits(const Zerlane::ColorNode::NewSampleReceivedData& sample, int32_t width, int32_t height,
+                               std::string* reason);
+    // A refused frame: the slot holds nothing, so no reader uses the frame's size.
+    static void refuseFrame(BufferData* buffer, int slot);
 
     static void fillDepthBuffer(BufferData* buffer, int slot, const Zerlane::DepthNode::NewSampleReceivedData& sample,
                                 const DepthFrame& frame);

@@ -256,6 +256,20 @@ ZerlaneThread::HeldNode ZerlaneThread::takeSample(const Zerlane::Node& node, qui
     return record;
 }
 
+void ZerlaneThread::logRefusedFrame(const Zerlane::Node& node, const std::string& reason)
+{
+    // Once per node: a device that keeps sending such frames would otherwise flood the log.
+    if (!m_refusedNodes.insert(node).second)
+        return;
+    std::string serial;
+    try {
+        serial = node.getSerialNumber();
+    } catch (const Zerlane::Exception&) {
+        serial = "?";
+    }
+    ViewerLog::warning("Frames of node " + serial + " are refused: " + reason);
+}
+
 template <class Sample, class Fill>
 void ZerlaneThread::deliver(NodeData* record, const Sample& sample, quint64 eventTime, SlotFlip flip, Fill fill)
 {
@@ -289,8 +303,15 @@ void ZerlaneThread::onDepthSample(Zerlane::DepthNode node, Zerlane::DepthNode::N
     frame.palette = palette.get();
     frame.range = depth->range();
     frame.sdNumFrames = m_manager->displayPreferences().sdNumFrames;
+    std::string reason;
+    const bool fits = SampleIntake::depthFrameFits(sample, frame.width, frame.height, &reason);
+    if (!fits)
+        logRefusedFrame(node, reason);
     deliver(depth, sample, eventTime, SlotFlip::Together, [&](BufferData* buffer, int slot) {
-        SampleIntake::fillDepthBuffer(buffer, slot, sample, frame);
+        if (fits)
+            SampleIntake::fillDepthBuffer(buffer, slot, sample, frame);
+        else
+            SampleIntake::refuseFrame(buffer, slot);
         return true;
     });
 }
@@ -303,8 +324,15 @@ void ZerlaneThread::onColorSample(Zerlane::ColorNode node, Zerlane::ColorNode::N
         return;
     int32_t width = 0, height = 0;
     Zerlane::FrameFormat_toResolution(sample.captureConfiguration.frameFormat, &width, &height);
+    std::string reason;
+    const bool fits = SampleIntake::colorFrameFits(sample, width, height, &reason);
+    if (!fits)
+        logRefusedFrame(node, reason);
     deliver(record.get(), sample, eventTime, SlotFlip::EachBuffer, [&](BufferData* buffer, int slot) {
-        SampleIntake::fillColorBuffer(buffer, slot, sample, width, height);
+        if (fits)
+            SampleIntake::fillColorBuffer(buffer, slot, sample, width, height);
+        else
+            SampleIntake::refuseFrame(buffer, slot);
         return true;
     });
 }

@@ -12,6 +12,8 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <set>
+#include <string>
 
 class CameraManager;
 
@@ -87,6 +89,8 @@ private:
     HeldNode takeSample(const Zerlane::Node& node, quint64 timeOfCapture, quint64 timeOfArrival, quint64* eventTime);
     // Common end: flips the slots, stamps each buffer's write slot with the sample's times and dropped
     // counts, lets `fill` fill it, and announces the buffer unless `fill` says there is nothing new.
+    // Logs the first refused frame of a node; the frames are refused, the node stays.
+    void logRefusedFrame(const Zerlane::Node& node, const std::string& reason);
     template <class Sample, class Fill>
     void deliver(NodeData* record, const Sample& sample, quint64 eventTime, SlotFlip flip, Fill fill);
 
@@ -110,6 +114,7 @@ private:
     Zerlane::MethodHandler<Zerlane::Device, Zerlane::Device::NodeRemovedData, ZerlaneThread> m_nodeRemovedHandler;
     Zerlane::MethodHandler<Zerlane::Device, Zerlane::PropertyChangedData, ZerlaneThread> m_devicePropertyHandler;
     Zerlane::MethodHandler<Zerlane::Node, Zerlane::PropertyChangedData, ZerlaneThread> m_nodePropertyHandler;
+    std::set<Zerlane::Node> m_refusedNodes; // event thread only: nodes whose refused frames were logged
     Zerlane::MethodHandler<Zerlane::DepthNode, Zerlane::DepthNode::NewSampleReceivedData, ZerlaneThread> m_depthSampleHandler;
     Zerlane::MethodHandler<Zerlane::ColorNode, Zerlane::ColorNode::NewSampleReceivedData, ZerlaneThread> m_colorSampleHandler;
     Zerlane::MethodHandler<Zerlane::AudioNode, Zerlane::AudioNode::NewSampleReceivedData, ZerlaneThread> m_audioSampleHandler;

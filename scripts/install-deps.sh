@@ -8,6 +8,7 @@ packages=(
     xvfb xauth libgl1-mesa-dri fonts-dejavu-core
     libbenchmark-dev libyuv-dev
     libasio-dev libprotobuf-dev protobuf-compiler
+    libavformat-dev libavcodec-dev libavutil-dev libswscale-dev ffmpeg
 )
 
 missing=()

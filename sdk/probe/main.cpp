@@ -1,7 +1,9 @@
 // zerlane-probe: a command-line look at what the camera library sees.
 //   zerlane-probe [--standalone | --port N] --list
 //   zerlane-probe [--standalone | --port N] --stream SECONDS
+//   zerlane-probe [--standalone | --port N] --record FILE --seconds N
 
+#include "Zerlane/Recorder.h"
 #include "Zerlane/Zerlane.h"
 
 #include <atomic>
@@ -20,13 +22,16 @@
 namespace {
 
 const char* const kUsage = "usage: zerlane-probe [--standalone | --port N] --list\n"
-                           "       zerlane-probe [--standalone | --port N] --stream SECONDS\n";
+                           "       zerlane-probe [--standalone | --port N] --stream SECONDS\n"
+                           "       zerlane-probe [--standalone | --port N] --record FILE --seconds N\n";
 
 struct Options {
     bool standalone = false;
     std::optional<uint16_t> port;
     bool list = false;
     std::optional<int> streamSeconds;
+    std::string recordFile;
+    std::optional<int> recordSeconds;
 };
 
 class UsageError : public std::runtime_error {
@@ -66,13 +71,19 @@ Options parseOptions(int argc, char** argv)
             options.list = true;
         else if (arg == "--stream")
             options.streamSeconds = parseNumber(next(), 1, 24 * 3600, "the streaming time");
+        else if (arg == "--record")
+            options.recordFile = next();
+        else if (arg == "--seconds")
+            options.recordSeconds = parseNumber(next(), 1, 24 * 3600, "the recording time");
         else
             throw UsageError("unknown option " + arg);
     }
     if (options.standalone && options.port)
         throw UsageError("--standalone and --port exclude each other");
-    if (options.list == options.streamSeconds.has_value())
-        throw UsageError("give either --list or --stream SECONDS");
+    if (options.recordFile.empty() != !options.recordSeconds)
+        throw UsageError("--record FILE and --seconds N go together");
+    if (int(options.list) + int(options.streamSeconds.has_value()) + int(!options.recordFile.empty()) != 1)
+        throw UsageError("give one of --list, --stream SECONDS and --record FILE --seconds N");
     return options;
 }
 
@@ -271,6 +282,57 @@ void untap(NodeTap& tap)
         tap.node.as<Zerlane::AudioNode>().newSampleReceivedEvent().disconnect(tap.audio.get());
 }
 
+// Runs the context's event loop on a thread of its own; a lost connection's message lands in `error`.
+std::thread runEvents(Zerlane::Context& context, std::string& error)
+{
+    return std::thread([&context, &error] {
+        try {
+            context.run();
+        } catch (const Zerlane::Exception& e) {
+            error = e.what();
+        }
+    });
+}
+
+// Records every node of every device, with a progress line per second.
+int record(Zerlane::Context& context, const std::string& file, int seconds)
+{
+    std::vector<Zerlane::Device> devices = context.getDevices();
+    for (const Zerlane::Device& device : devices) {
+        for (const Zerlane::Node& node : device.getNodes()) {
+            if (node.is<Zerlane::UnsupportedNode>())
+                continue;
+            enableMaps(node);
+            context.registerNode(node);
+        }
+    }
+    Zerlane::Recorder recorder(file, devices);
+    recorder.start();
+    std::string runError;
+    std::thread eventThread = runEvents(context, runError);
+    context.startNodes();
+    for (int second = 1; second <= seconds; ++second) {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+        const Zerlane::Recorder::Progress p = recorder.progress();
+        std::printf("recording %s: %d/%d s, %llu samples, %.1f MB, %llu dropped, %llu refused\n", file.c_str(), second,
+                    seconds, static_cast<unsigned long long>(p.samples), double(p.bytes) / 1e6,
+                    static_cast<unsigned long long>(p.dropped), static_cast<unsigned long long>(p.refused));
+        std::fflush(stdout);
+    }
+    context.stopNodes();
+    context.quit();
+    eventThread.join();
+    recorder.stop();
+    const Zerlane::Recorder::Progress p = recorder.progress();
+    std::printf("recorded %s: %llu samples over %.3f s, %.1f MB\n", file.c_str(),
+                static_cast<unsigned long long>(p.samples), double(p.duration) / 1e6, double(p.bytes) / 1e6);
+    if (!runError.empty()) {
+        std::cerr << "zerlane-probe: " << runError << "\n";
+        return 1;
+    }
+    return 0;
+}
+
 int stream(Zerlane::Context& context, int seconds)
 {
     std::vector<NodeTap> taps;
@@ -285,13 +347,7 @@ int stream(Zerlane::Context& context, int seconds)
     }
 
     std::string runError;
-    std::thread eventThread([&] {
-        try {
-            context.run();
-        } catch (const Zerlane::Exception& e) {
-            runError = e.what();
-        }
-    });
+    std::thread eventThread = runEvents(context, runError);
 
     context.startNodes();
     for (int second = 1; second <= seconds; ++second) {
@@ -336,6 +392,8 @@ int main(int argc, char** argv)
             list(context);
             return 0;
         }
+        if (!options.recordFile.empty())
+            return record(context, options.recordFile, *options.recordSeconds);
         return stream(context, *options.streamSeconds);
     } catch (const Zerlane::Exception& e) {
         std::cerr << "zerlane-probe: " << e.what() << "\n";

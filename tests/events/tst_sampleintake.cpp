@@ -5,6 +5,7 @@
 
 #include "camera/DepthNodeData.h"
 #include "palettes/DepthPalette.h"
+#include "support/LogRecorder.h"
 
 #include <QtTest>
 
@@ -201,6 +202,67 @@ private slots:
         QCOMPARE(sound->image[1].height, 256u);
         QVERIFY(sound->audioMarker[1] > 0); // 1/20 s of sound covers 64 of the 1280 columns
         QCOMPARE(sound->audioMarker[1], 64u);
+    }
+
+    // Frames larger than a buffer's fixed capacity, or maps shorter than their frame, are refused as a
+    // whole: every buffer of the node is marked without data and sized 0 x 0, one warning per node, and
+    // the node's next frame that fits is taken again.
+    void framesThatDoNotFitAreRefused()
+    {
+        ViewerTest::LogRecorder log(true);
+        NodeData* depth = fixture.depth;
+        NodeData* color = fixture.color;
+        fixture.manager->registerNode(depth, true);
+        fixture.manager->registerNode(color, true);
+        BufferData* map = depth->buffer(BufferData::Depth);
+        fixture.manager->addDisplayedBuffer(map);
+        fixture.manager->addDisplayedBuffer(color->buffers[0]);
+        fixture.manager->startNodes();
+
+        // 1280 x 720 depth: 1,843,200 bytes of depth would just fit the Depth block, but not the others.
+        const int big = 1280 * 720;
+        auto owner = std::make_shared<std::vector<int16_t>>(size_t(big) * 6, int16_t(1000));
+        Zerlane::DepthNode::NewSampleReceivedData sample;
+        sample.captureConfiguration.frameFormat = Zerlane::FRAME_FORMAT_HD720;
+        sample.depthMap = Zerlane::Pointer<int16_t>(owner, owner->data(), big);
+        sample.timeOfCapture = sample.timeOfArrival = 5;
+        for (int i = 0; i < 3; ++i)
+            fixture.thread->onDepthSample(Zerlane::DepthNode(depth->node), sample);
+        for (BufferData* b : depth->buffers) {
+            QVERIFY(b->noData);
+            QCOMPARE(b->width[b->writeSlot], 0u);
+            QCOMPARE(b->frameCount.load(), 0);
+        }
+        QCOMPARE(static_cast<DepthNodeData*>(depth)->historyCount.load(), 0u);
+
+        // A VGA frame whose UV map is too short to cover it is refused too, without a second log line.
+        sample.captureConfiguration.frameFormat = Zerlane::FRAME_FORMAT_VGA;
+        sample.depthMap = Zerlane::Pointer<int16_t>(owner, owner->data(), 640 * 480);
+        sample.uvMap = Zerlane::Pointer<Zerlane::UV>(owner, reinterpret_cast<const Zerlane::UV*>(owner->data()), 100);
+        fixture.thread->onDepthSample(Zerlane::DepthNode(depth->node), sample);
+        QVERIFY(map->noData);
+
+        // A colour map shorter than its frame format says.
+        Zerlane::ColorNode::NewSampleReceivedData colour;
+        colour.captureConfiguration.frameFormat = Zerlane::FRAME_FORMAT_HD720;
+        colour.captureConfiguration.compression = Zerlane::COMPRESSION_TYPE_NONE;
+        auto bytes = std::make_shared<std::vector<uint8_t>>(640 * 480 * 3, uint8_t(7));
+        colour.colorMap = Zerlane::Pointer<uint8_t>(bytes, bytes->data(), int32_t(bytes->size()));
+        fixture.thread->onColorSample(Zerlane::ColorNode(color->node), colour);
+        QVERIFY(color->buffers[0]->noData);
+        QCOMPARE(color->buffers[0]->frameCount.load(), 0);
+
+        const QStringList warnings = log.warnings().filter("refused");
+        QCOMPARE(warnings.size(), 2); // one per node
+        QVERIFY(warnings[0].contains("larger than the depth buffers"));
+        QVERIFY(warnings[1].contains("colour map holds"));
+
+        // The simulated camera's own frames fit and are taken again.
+        EventsFixture::enable(depth, "enableDepthMap");
+        Zerlane::Sim::Control::step(1);
+        QVERIFY(ViewerTest::waitFor([map] { return map->frameCount.load() == 1; }));
+        QVERIFY(!map->noData);
+        QCOMPARE(map->width[map->writeSlot], 640u);
     }
 
 private:
