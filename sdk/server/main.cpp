@@ -1,5 +1,5 @@
 // zerlane-server: hosts the device plug-ins and serves them to Zerlane clients over TCP.
-//   zerlane-server [--port N] [--listen ADDRESS]
+//   zerlane-server [--port N] [--listen ADDRESS] [--play FILE...]
 
 #include "Server.h"
 
@@ -18,10 +18,12 @@
 namespace {
 
 const char* const kUsage =
-    "usage: zerlane-server [--port N] [--listen ADDRESS]\n"
+    "usage: zerlane-server [--port N] [--listen ADDRESS] [--play FILE...]\n"
     "  --port N          TCP port to listen on (default 6909)\n"
     "  --listen ADDRESS  address to listen on (default 127.0.0.1, this machine only;\n"
     "                    0.0.0.0 serves every network the machine is on)\n"
+    "  --play FILE...    recordings to serve as cameras, beside the simulated ones\n"
+    "                    (as ZERLANE_PLAYBACK=FILE[:FILE...] does, which it replaces)\n"
     "At most 64 clients are served at a time. SIGINT or SIGTERM stops the server.\n";
 
 int usage(const std::string& problem)
@@ -42,6 +44,16 @@ int main(int argc, char** argv)
         const std::string arg = argv[i];
         if (arg == "--help" || arg == "-h")
             return usage({});
+        if (arg == "--play") {
+            std::string files;
+            while (i + 1 < argc && std::string(argv[i + 1]).rfind("--", 0) != 0)
+                files += (files.empty() ? "" : ":") + std::string(argv[++i]);
+            if (files.empty())
+                return usage("--play needs at least one file");
+            // The playback plug-in reads its files from the environment, in the server as in standalone use.
+            ::setenv("ZERLANE_PLAYBACK", files.c_str(), 1);
+            continue;
+        }
         if (i + 1 >= argc)
             return usage(arg == "--port" || arg == "--listen" ? arg + " needs a value" : "unknown option " + arg);
         const std::string value = argv[++i];

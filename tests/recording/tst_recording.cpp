@@ -522,6 +522,37 @@ private slots:
         QVERIFY2(streams.contains("ZERLANE_SAMPLES") && streams.contains("AUDIO"), qPrintable(streams));
     }
 
+    // zerlane-server --play serves a recording as a camera to its clients, beside the simulated one.
+    void serverPlaysRecordingsToItsClients()
+    {
+        const QString serial = QString::fromStdString(RecordingReader(m_small.toStdString()).devices().at(0).serial);
+        QProcess server;
+        server.setProcessChannelMode(QProcess::MergedChannels);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("ZERLANE_PLAYBACK");
+        server.setProcessEnvironment(environment);
+        // A port of its own, away from the default one and from the other suites' ephemeral ports.
+        const uint16_t port = uint16_t(20000 + QCoreApplication::applicationPid() % 20000);
+        server.start(ZERLANE_SERVER_PATH, {"--port", QString::number(port), "--play", m_small});
+        QVERIFY(server.waitForStarted());
+        QString log;
+        QVERIFY(QTest::qWaitFor([&] {
+            server.waitForReadyRead(50);
+            log += QString::fromUtf8(server.readAll());
+            return log.contains("listening on");
+        }, 10000));
+        {
+            Context context = Context::create("127.0.0.1", port);
+            QStringList serials;
+            for (const Device& device : context.getDevices())
+                serials << QString::fromStdString(device.getSerialNumber());
+            QVERIFY2(serials.contains(serial) && serials.size() == 2, qPrintable(serials.join(' ') + "\n" + log));
+        }
+        server.terminate();
+        QVERIFY(server.waitForFinished(5000));
+        QCOMPARE(server.exitCode(), 0);
+    }
+
     // Files that are not recordings, or damaged ones: an exception whose message names the file and says
     // what is wrong; a track of no known layout is skipped with a warning and the rest plays.
     void damagedFilesAreReportedByName()
