@@ -261,12 +261,13 @@ void ZerlaneThread::logRefusedFrame(const Zerlane::Node& node, const std::string
     // Once per node: a device that keeps sending such frames would otherwise flood the log.
     if (!m_refusedNodes.insert(node).second)
         return;
-    std::string serial;
-    try {
-        serial = node.getSerialNumber();
-    } catch (const Zerlane::Exception&) {
-        serial = "?";
-    }
+    const std::string serial = [&node]() -> std::string {
+        try {
+            return node.getSerialNumber();
+        } catch (const Zerlane::Exception&) {
+            return "?";
+        }
+    }();
     ViewerLog::warning("Frames of node " + serial + " are refused: " + reason);
 }
 
