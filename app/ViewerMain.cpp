@@ -66,6 +66,7 @@ void ViewerMain::showContextError(const QString& text)
 
 int ViewerMain::run(int argc, char** argv)
 {
+    Zerlane::Utils::StreamingMemory::keepSampleBlocks();
     // Sub-windows re-parent their OpenGL views (maximise, rebuild): their contexts must share.
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     auto* application = new ViewerApplication(argc, argv);

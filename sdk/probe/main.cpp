@@ -379,6 +379,7 @@ int stream(Zerlane::Context& context, int seconds)
 
 int main(int argc, char** argv)
 {
+    Zerlane::Utils::StreamingMemory::keepSampleBlocks();
     Options options;
     try {
         options = parseOptions(argc, argv);

@@ -5,6 +5,7 @@
 
 #include "Zerlane/Exceptions.h"
 #include "Zerlane/Utils/HMLogger.h"
+#include "Zerlane/Utils/StreamingMemory.h"
 #include "Zerlane/plugin/PluginLibrary.h"
 
 #include <google/protobuf/stubs/logging.h>
@@ -38,6 +39,7 @@ int usage(const std::string& problem)
 
 int main(int argc, char** argv)
 {
+    Zerlane::Utils::StreamingMemory::keepSampleBlocks();
     Zerlane::server::Server::Options options;
     options.stopOnSignals = true;
     for (int i = 1; i < argc; ++i) {

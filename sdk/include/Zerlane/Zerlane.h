@@ -20,4 +20,5 @@
 #include "Zerlane/Utils/EnvironmentVariable.h"
 #include "Zerlane/Utils/Format.h"
 #include "Zerlane/Utils/HMLogger.h"
+#include "Zerlane/Utils/StreamingMemory.h"
 #include "Zerlane/Version.h"
