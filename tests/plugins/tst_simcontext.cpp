@@ -1,6 +1,7 @@
 // The simulated ToF camera as an application sees it: through a standalone context of the library.
 #include "Zerlane/Zerlane.h"
 #include "Zerlane/sim/SimulatorControl.h"
+#include "../sdk/SdkTestSupport.h"
 
 #include <QtTest>
 
@@ -12,39 +13,6 @@ using namespace Zerlane;
 using Zerlane::Sim::Control;
 
 namespace {
-
-// Runs a context's event loop on its own thread for the life of the object.
-class RunningContext {
-public:
-    explicit RunningContext(Context context) : m_context(std::move(context))
-    {
-        m_thread = std::thread([this] {
-            try {
-                m_context.run();
-            } catch (const TransportException& e) {
-                std::lock_guard<std::mutex> lock(m_mutex);
-                m_failure = e.what();
-            }
-        });
-    }
-    ~RunningContext()
-    {
-        m_context.quit();
-        m_thread.join();
-    }
-    std::thread::id threadId() const { return m_thread.get_id(); }
-    std::string failure()
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return m_failure;
-    }
-
-private:
-    Context m_context;
-    std::thread m_thread;
-    std::mutex m_mutex;
-    std::string m_failure;
-};
 
 DepthNode depthNodeOf(const Device& device)
 {
@@ -115,7 +83,7 @@ private slots:
         context.registerNode(depth);
         context.startNodes();
         {
-            RunningContext running(context);
+            SdkTestSupport::EventLoop running(context);
             for (int i = 0; i < 3; ++i) {
                 Control::step(1);
                 QTRY_COMPARE_WITH_TIMEOUT([&] { std::lock_guard<std::mutex> l(mutex); return int(samples.size()); }(),
@@ -156,7 +124,7 @@ private slots:
         });
         depth.propertyChangedEvent().connect(&handler);
         {
-            RunningContext running(context);
+            SdkTestSupport::EventLoop running(context);
             context.requestControl(depth);
             DepthNode::Configuration close = depth.getConfiguration();
             close.mode = CAMERA_MODE_CLOSE_RANGE;
@@ -192,7 +160,7 @@ private slots:
         context.deviceAddedEvent().connect(&onAdded);
         context.deviceRemovedEvent().connect(&onRemoved);
         {
-            RunningContext running(context);
+            SdkTestSupport::EventLoop running(context);
             Control::addCamera("BENCH-2");
             QTRY_COMPARE_WITH_TIMEOUT([&] { std::lock_guard<std::mutex> l(mutex); return added; }(),
                                       std::vector<std::string>{"BENCH-2"}, 5000);
