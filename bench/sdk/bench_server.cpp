@@ -6,7 +6,7 @@
 //     30 fps to one client for a while (60 s by default): samples received, dropped, server CPU;
 //  3. four clients streaming the same camera and a fifth that stops reading for a while: rates and drops
 //     of each, and the server's CPU per streaming client.
-//   bench_server [seconds for part 2, default 60]
+//   bench_server [seconds for measurement 2, default 60]
 
 #include "BenchCamera.h"
 #include "Server.h"
@@ -78,7 +78,7 @@ struct DepthCounter {
         }};
 };
 
-// Part 1a: the library. Keeps two samples in flight so that nothing is dropped and the pipe is full.
+// 1a: the library. Keeps two samples in flight so that nothing is dropped and the pipe is full.
 double libraryBytesPerSecond(int count, double& perSampleUs)
 {
     auto device = std::make_shared<BenchDevice>();
@@ -122,7 +122,7 @@ double libraryBytesPerSecond(int count, double& perSampleUs)
     return rate;
 }
 
-// Part 1b: a bare loopback TCP connection carrying the same bytes per sample.
+// 1b: a bare loopback TCP connection carrying the same bytes per sample.
 double socketBytesPerSecond(int count)
 {
     const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
@@ -177,7 +177,7 @@ uint16_t freePort()
     return ntohs(address.sin_port);
 }
 
-// zerlane-server as a child process, for parts 2 and 3.
+// zerlane-server as a child process, for measurements 2 and 3.
 class ServerProcess {
 public:
     ServerProcess() : m_port(freePort())
