@@ -94,7 +94,8 @@ void resizeImageIfNeeded(BufferData* buffer, int slot, uint32_t width, uint32_t 
     }
 }
 
-// One map against its buffer: at most the capacity, at least one plane of the frame.
+// One map against its buffer: at most the capacity, at least one plane of the frame (`pixels` counts
+// the map's elements per plane).
 template <typename Map>
 bool mapFits(const char* name, const Map& map, uint32_t type, size_t pixels, std::string* reason)
 {
@@ -142,23 +143,10 @@ bool SampleIntake::depthFrameFits(const Zerlane::DepthNode::NewSampleReceivedDat
 bool SampleIntake::colorFrameFits(const Zerlane::ColorNode::NewSampleReceivedData& sample, int32_t width,
                                   int32_t height, std::string* reason)
 {
-    if (!sample.colorMap.data())
-        return true;
+    // The colour map is counted in bytes: two per pixel in YUY2, three uncompressed.
+    const size_t bytesPerPixel = sample.captureConfiguration.compression == Zerlane::COMPRESSION_TYPE_NONE ? 3 : 2;
     const size_t pixels = size_t(std::max(0, width)) * size_t(std::max(0, height));
-    const size_t bytes =
-        pixels * (sample.captureConfiguration.compression == Zerlane::COMPRESSION_TYPE_NONE ? 3 : 2);
-    if (bytes > BufferData::capacity(BufferData::Color)) {
-        *reason = "colour frame of " + std::to_string(width) + " x " + std::to_string(height)
-                  + " pixels exceeds the buffer capacity of " + std::to_string(BufferData::capacity(BufferData::Color))
-                  + " bytes";
-        return false;
-    }
-    if (size_t(sample.colorMap.size()) < bytes) {
-        *reason = "colour map holds " + std::to_string(sample.colorMap.size()) + " bytes, fewer than the "
-                  + std::to_string(bytes) + " of a " + std::to_string(width) + " x " + std::to_string(height) + " frame";
-        return false;
-    }
-    return true;
+    return mapFits("colour map", sample.colorMap, BufferData::Color, pixels * bytesPerPixel, reason);
 }
 
 void SampleIntake::refuseFrame(BufferData* buffer, int slot)
